@@ -12,6 +12,7 @@ String StandardDescription(int32_t number) {
     case 91: return u"Object variable or With block variable not set";
     case 94: return u"Invalid use of Null";
     case 438: return u"Object doesn't support this property or method";
+    case 429: return u"ActiveX component can't create object";
     case 449: return u"Argument not optional";
     case 450: return u"Wrong number of arguments or invalid property assignment";
     case 3021:
@@ -20,6 +21,7 @@ String StandardDescription(int32_t number) {
     case 3265:
       return u"Item cannot be found in the collection corresponding to the requested name or "
              u"ordinal.";
+    case 3705: return u"Operation is not allowed when the object is open.";
     case 3704: return u"Operation is not allowed when the object is closed.";
     case 3709:
       return u"The connection cannot be used to perform this operation. It is either closed or "

@@ -1,0 +1,33 @@
+// The description of clsPub's members for late binding and for tools that
+// list them: name, kind, parameters with their types, and result type.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "kavrin/Dispatch.h"
+#include "kavrin/Variant.h"
+
+namespace kavrin {
+
+class clsPub;
+class CallArguments;
+
+struct ParameterInfo {
+  const char16_t* name;
+  VarType type;           // VarType::Variant for a Variant, Object for an object
+  bool optional = false;  // may be omitted
+  bool written = false;   // the member writes into the caller's argument
+};
+
+struct MemberInfo {
+  int number;              // 1-based place in the interface
+  const char16_t* name;
+  InvokeKind kind;         // Method, PropertyGet or PropertyPutRef
+  std::span<const ParameterInfo> parameters;
+  VarType result;          // VarType::Empty for a member without a result
+  // Calls the typed member; null while a member is not available.
+  Variant (*invoke)(clsPub& object, CallArguments& args) = nullptr;
+};
+
+}  // namespace kavrin

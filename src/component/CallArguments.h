@@ -1,0 +1,55 @@
+// The arguments of a late-bound call to clsPub, read as the member declares
+// them: each Variant is coerced to the parameter's type by the platform's
+// rules, an omitted optional one gives false, "" or 0 (a Variant parameter
+// gets the omitted-argument marker), and the parameters a member writes are
+// written back into the caller's Variants when the call ends, also when it
+// fails part-way.
+#pragma once
+
+#include <list>
+#include <span>
+#include <variant>
+
+#include "kavrin/Members.h"
+#include "kavrin/Variant.h"
+
+namespace kavrin {
+
+class CallArguments {
+ public:
+  // Throws 450 for too many arguments and 449 for a missing required one.
+  CallArguments(std::span<Variant> args, std::span<const ParameterInfo> parameters);
+  ~CallArguments();
+  CallArguments(const CallArguments&) = delete;
+  CallArguments& operator=(const CallArguments&) = delete;
+
+  String Text(size_t i) const;
+  bool Boolean(size_t i) const;
+  int16_t Integer(size_t i) const;
+  int32_t Long(size_t i) const;
+  uint8_t Byte(size_t i) const;
+  double Double(size_t i) const;
+  // The caller's own Variant, by reference (a marker when omitted).
+  Variant& Value(size_t i);
+
+  // A typed copy of argument i that is written back into the caller's Variant
+  // when the call ends (unless the argument was omitted).
+  String& TextRef(size_t i);
+  bool& BooleanRef(size_t i);
+
+ private:
+  bool Given(size_t i) const { return i < args_.size() && !args_[i].IsMissing(); }
+  const Variant& Arg(size_t i) const;
+
+  struct WriteBack {
+    size_t index;
+    bool given;  // an omitted argument is written into a temporary only
+    std::variant<String, bool> value;
+  };
+
+  std::span<Variant> args_;
+  Variant missing_ = Variant::Missing();
+  std::list<WriteBack> write_backs_;  // stable addresses for the references handed out
+};
+
+}  // namespace kavrin

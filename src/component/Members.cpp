@@ -1,0 +1,162 @@
+// The interface of clsPub in its fixed order, and late binding over it.
+#include "component/CallArguments.h"
+#include "kavrin/Error.h"
+#include "kavrin/clsPub.h"
+
+namespace kavrin {
+
+namespace {
+
+using P = ParameterInfo;
+constexpr bool kOptional = true;
+constexpr bool kWritten = true;
+constexpr VarType kString = VarType::String;
+constexpr VarType kBoolean = VarType::Boolean;
+constexpr VarType kInteger = VarType::Integer;
+constexpr VarType kLong = VarType::Long;
+constexpr VarType kByte = VarType::Byte;
+constexpr VarType kDouble = VarType::Double;
+constexpr VarType kVariant = VarType::Variant;
+constexpr VarType kObject = VarType::Object;
+constexpr VarType kNone = VarType::Empty;
+
+constexpr P kNoParams[] = {{u"", kNone}};
+constexpr std::span<const P> kNone0(kNoParams, 0);
+
+constexpr P kDbiaPut[] = {{u"DBIA", kObject}};
+constexpr P kCheckDirGrade[] = {{u"cString", kString},
+                                {u"IsEnd", kBoolean},
+                                {u"iType", kInteger},
+                                {u"IsReturnName", kBoolean, kOptional}};
+constexpr P kCheckInv[] = {{u"cString", kString}, {u"IsReturnName", kBoolean, kOptional}};
+constexpr P kCheckDirNoGrade[] = {
+    {u"cString", kString}, {u"iType", kInteger}, {u"IsReturnName", kBoolean, kOptional}};
+constexpr P kGetAccInfo[] = {{u"SysID", kString}, {u"cName", kString}};
+constexpr P kInit[] = {{u"DbFullPath", kString}, {u"cPassword", kString, kOptional}};
+constexpr P kWhCode[] = {{u"WhCode", kString}};
+constexpr P kFromTo[] = {{u"strFrom", kString},
+                         {u"strFromValue", kString},
+                         {u"strTo", kString},
+                         {u"strTable", kString}};
+constexpr P kSepCode[] = {{u"Code", kString, false, kWritten}, {u"bName", kVariant, kOptional}};
+constexpr P kFormatNum[] = {{u"Num", kDouble}, {u"DispZero", kVariant, kOptional}};
+constexpr P kReFormat[] = {{u"str", kString}};
+constexpr P kCodeToName[] = {{u"Code", kString}, {u"Style", kByte}};
+constexpr P kCCode[] = {{u"cCode", kString}};
+constexpr P kCode[] = {{u"Code", kString}};
+constexpr P kFormatNum1[] = {{u"Num", kDouble},
+                             {u"DecimalLength", kInteger, kOptional},
+                             {u"DispZero", kVariant, kOptional}};
+constexpr P kJustID2Code[] = {{u"ID", kLong}};
+constexpr P kExistTableQueryDAO[] = {
+    {u"DB", kObject}, {u"TName", kString}, {u"IsQuery", kBoolean, kOptional}};
+constexpr P kStartAccMonth[] = {{u"SysID", kString, kOptional, kWritten}};
+constexpr P kJustIDs2CorBusType[] = {{u"ID", kLong}, {u"IsCor", kBoolean, kOptional}};
+constexpr P kDepartmentCheck[] = {{u"cString", kString}, {u"IsReturnName", kBoolean, kOptional}};
+constexpr P kInvCodeIsTorF[] = {{u"cCode", kString}, {u"cType", kString}};
+constexpr P kDepCode2WhCode[] = {{u"cDepCode", kString}};
+constexpr P kIsEndHandled[] = {{u"iMonth", kByte}};
+constexpr P kCodeGrade2Length[] = {{u"iGrade", kInteger}, {u"iType", kInteger}};
+constexpr P kFillCboCK[] = {{u"Cbo", kVariant}, {u"AccDep", kString, kOptional}};
+constexpr P kGetMonthState[] = {{u"strSysID", kString}, {u"intMonth", kInteger}};
+constexpr P kGetInvUseFreeNew[] = {{u"strInvCode", kString},
+                                   {u"blnFree", kVariant, false, kWritten}};
+constexpr P kGetInvUseFree[] = {{u"strInvCode", kString},
+                                {u"blnFree1", kBoolean, false, kWritten},
+                                {u"blnFree2", kBoolean, false, kWritten}};
+constexpr P kGetInvDifHead[] = {{u"cWhCode", kString},
+                                {u"cInvClass", kString},
+                                {u"cInvCode", kString},
+                                {u"strHeadCode", kString, kOptional, kWritten},
+                                {u"strDifCode", kString, kOptional, kWritten}};
+constexpr P kGetCodeLen[] = {{u"strCode", kString}};
+
+using A = CallArguments;
+using M = InvokeKind;
+
+const MemberInfo kMembers[] = {
+    {1, u"DBIA", M::PropertyGet, kNone0, kObject,
+     [](clsPub& o, A&) { return Variant(std::shared_ptr<Dispatch>(o.DBIA())); }},
+    {2, u"DBIA", M::PropertyPutRef, kDbiaPut, kNone,
+     [](clsPub& o, A& a) {
+       const auto& object = a.Value(0).AsObject();
+       auto db = std::dynamic_pointer_cast<KitDatabase>(object);
+       if (object && !db) throw Error::Runtime(errors::kTypeMismatch);
+       o.DBIA(std::move(db));
+       return Variant();
+     }},
+    {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString, nullptr},
+    {4, u"CheckInv", M::Method, kCheckInv, kString, nullptr},
+    {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString, nullptr},
+    {6, u"TextSelected", M::Method, kNone0, kNone, nullptr},
+    {7, u"GetAccInfo", M::Method, kGetAccInfo, kString,
+     [](clsPub& o, A& a) { return Variant(o.GetAccInfo(a.Text(0), a.Text(1))); }},
+    {8, u"init", M::Method, kInit, kNone,
+     [](clsPub& o, A& a) {
+       o.init(a.Text(0), a.Text(1));
+       return Variant();
+     }},
+    {9, u"WhCodeToValueStyle", M::Method, kWhCode, kString, nullptr},
+    {10, u"FromTo", M::Method, kFromTo, kVariant,
+     [](clsPub& o, A& a) { return o.FromTo(a.Text(0), a.Text(1), a.Text(2), a.Text(3)); }},
+    {11, u"SepCode", M::Method, kSepCode, kString, nullptr},
+    {12, u"FormatNum", M::Method, kFormatNum, kString, nullptr},
+    {13, u"ReFormat", M::Method, kReFormat, kDouble, nullptr},
+    {14, u"CodeToName", M::Method, kCodeToName, kString,
+     [](clsPub& o, A& a) { return Variant(o.CodeToName(a.Text(0), a.Byte(1))); }},
+    {15, u"InvCodeToUnit", M::Method, kCCode, kString, nullptr},
+    {16, u"WhCodeToDep", M::Method, kWhCode, kString, nullptr},
+    {17, u"InvCodeToUnitPrice", M::Method, kCode, kDouble, nullptr},
+    {18, u"InvCodeToClass", M::Method, kCCode, kString, nullptr},
+    {19, u"InvIsBatch", M::Method, kCCode, kVariant, nullptr},
+    {20, u"DepCodeToValueStyle", M::Method, kCode, kString, nullptr},
+    {21, u"CurPeriod", M::Method, kNone0, kVariant, nullptr},
+    {22, u"FormatNum1", M::Method, kFormatNum1, kString, nullptr},
+    {23, u"JustID2Code", M::Method, kJustID2Code, kString, nullptr},
+    {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean, nullptr},
+    {25, u"CheckWareDep", M::Method, kNone0, kBoolean, nullptr},
+    {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte, nullptr},
+    {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString, nullptr},
+    {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString, nullptr},
+    {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean, nullptr},
+    {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString, nullptr},
+    {31, u"SubMaxKeepDate", M::Method, kNone0, VarType::Date, nullptr},
+    {32, u"DepCode2WhCode", M::Method, kDepCode2WhCode, kString, nullptr},
+    {33, u"IsEndHandled", M::Method, kIsEndHandled, kBoolean, nullptr},
+    {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger, nullptr},
+    {35, u"FillCboCK", M::Method, kFillCboCK, kNone, nullptr},
+    {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean, nullptr},
+    {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone, nullptr},
+    {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone, nullptr},
+    {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone, nullptr},
+    {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger, nullptr},
+};
+
+bool IsPut(InvokeKind kind) {
+  return kind == InvokeKind::PropertyPut || kind == InvokeKind::PropertyPutRef;
+}
+
+const MemberInfo* FindMember(StringView name, InvokeKind kind) {
+  for (const auto& member : kMembers) {
+    if (EqualsNoCase(member.name, name) && IsPut(member.kind) == IsPut(kind)) return &member;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::span<const MemberInfo> clsPub::Members() { return kMembers; }
+
+Variant clsPub::Invoke(StringView name, InvokeKind kind, std::span<Variant> args) {
+  const MemberInfo* member = FindMember(name, kind);
+  if (!member || !member->invoke) ThrowMemberNotFound(TypeName(), name);
+  CallArguments arguments(args, member->parameters);
+  return member->invoke(*this, arguments);
+}
+
+std::shared_ptr<Dispatch> CreateObject(StringView prog_id) {
+  if (EqualsNoCase(prog_id, identifiers::kProgId)) return std::make_shared<clsPub>();
+  throw Error::Standard(429, u"Kavrin");
+}
+
+}  // namespace kavrin

@@ -1,0 +1,73 @@
+#include "db/Collation.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf16.h>
+
+namespace kavrin::db {
+
+namespace {
+
+// Full-width ASCII forms (U+FF01..U+FF5E) compare as their ASCII letters.
+UChar32 NarrowWidth(UChar32 c) { return (c >= 0xFF01 && c <= 0xFF5E) ? c - 0xFEE0 : c; }
+
+UChar32 Normalize(const Collation& collation, UChar32 c) {
+  if (collation.ignore_width) c = NarrowWidth(c);
+  if (collation.ignore_case) c = u_foldCase(c, U_FOLD_CASE_DEFAULT);
+  return c;
+}
+
+bool Contains(StringView haystack, StringView needle) {
+  for (size_t i = 0; i + needle.size() <= haystack.size(); ++i) {
+    if (EqualsNoCase(haystack.substr(i, needle.size()), needle)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+size_t LengthIgnoringTrailingBlanks(StringView text) {
+  size_t n = text.size();
+  while (n > 0 && text[n - 1] == u' ') --n;
+  return n;
+}
+
+int Collation::Compare(StringView a, StringView b) const {
+  const auto* pa = reinterpret_cast<const UChar*>(a.data());
+  const auto* pb = reinterpret_cast<const UChar*>(b.data());
+  const auto na = static_cast<int32_t>(LengthIgnoringTrailingBlanks(a));
+  const auto nb = static_cast<int32_t>(LengthIgnoringTrailingBlanks(b));
+  int32_t ia = 0;
+  int32_t ib = 0;
+  while (ia < na && ib < nb) {
+    UChar32 ca;
+    UChar32 cb;
+    U16_NEXT(pa, ia, na, ca);
+    U16_NEXT(pb, ib, nb, cb);
+    ca = Normalize(*this, ca);
+    cb = Normalize(*this, cb);
+    if (ca != cb) return ca < cb ? -1 : 1;
+  }
+  if (ia < na) return 1;
+  if (ib < nb) return -1;
+  return 0;
+}
+
+std::optional<Collation> CollationFromName(StringView name) {
+  Collation collation;
+  if (Contains(name, u"_BIN")) {
+    collation.ignore_case = false;
+    collation.ignore_width = false;
+    return collation;
+  }
+  if (Contains(name, u"_CI")) {
+    collation.ignore_case = true;
+  } else if (Contains(name, u"_CS")) {
+    collation.ignore_case = false;
+  } else {
+    return std::nullopt;
+  }
+  collation.ignore_width = !Contains(name, u"_WS");
+  return collation;
+}
+
+}  // namespace kavrin::db

@@ -1,0 +1,41 @@
+#include "db/Driver.h"
+
+#include "db/sqlite/SqliteConnection.h"
+#include "kavrin/Error.h"
+
+namespace kavrin::db {
+
+namespace {
+
+bool StartsWithNoCase(StringView text, StringView prefix) {
+  return text.size() >= prefix.size() && EqualsNoCase(text.substr(0, prefix.size()), prefix);
+}
+
+bool EndsWithNoCase(StringView text, StringView suffix) {
+  return text.size() >= suffix.size() &&
+         EqualsNoCase(text.substr(text.size() - suffix.size()), suffix);
+}
+
+std::unique_ptr<Connection> OpenAny(StringView connection_string, bool writable) {
+  if (StartsWithNoCase(connection_string, u"sqlite:")) {
+    return sqlite::OpenFile(ToUtf8(connection_string.substr(7)), writable);
+  }
+  if (EndsWithNoCase(connection_string, u".db") || EndsWithNoCase(connection_string, u".sqlite")) {
+    return sqlite::OpenFile(ToUtf8(connection_string), writable);
+  }
+  throw Error(errors::kProviderFailure, u"Kavrin",
+              u"Unknown connection string: " + String(connection_string) +
+                  u" (expected sqlite:PATH, a .db or .sqlite path, or odbc:...)");
+}
+
+}  // namespace
+
+std::unique_ptr<Connection> Open(StringView connection_string) {
+  return OpenAny(connection_string, false);
+}
+
+std::unique_ptr<Connection> OpenForSetup(StringView connection_string) {
+  return OpenAny(connection_string, true);
+}
+
+}  // namespace kavrin::db

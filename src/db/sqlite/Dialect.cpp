@@ -1,0 +1,185 @@
+#include "db/sqlite/Dialect.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+
+#include "db/Collation.h"
+
+namespace kavrin::db::sqlite {
+
+namespace {
+
+bool IsIdentifierChar(char16_t c) {
+  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
+         c == u'_' || c == u'$' || c >= 0x80;
+}
+
+// Index just past the literal, quoted identifier or comment starting at i,
+// or i itself when none starts there.
+size_t SkipQuoted(StringView sql, size_t i) {
+  const char16_t c = sql[i];
+  if (c == u'\'' || c == u'"' || c == u'`' || c == u'[') {
+    const char16_t close = (c == u'[') ? u']' : c;
+    for (size_t j = i + 1; j < sql.size(); ++j) {
+      if (sql[j] == close) {
+        if (close != u']' && j + 1 < sql.size() && sql[j + 1] == close) {
+          ++j;  // doubled quote inside the literal
+          continue;
+        }
+        return j + 1;
+      }
+    }
+    return sql.size();
+  }
+  if (c == u'-' && i + 1 < sql.size() && sql[i + 1] == u'-') {
+    const size_t end = sql.find(u'\n', i);
+    return end == StringView::npos ? sql.size() : end + 1;
+  }
+  if (c == u'/' && i + 1 < sql.size() && sql[i + 1] == u'*') {
+    const size_t end = sql.find(u"*/", i + 2);
+    return end == StringView::npos ? sql.size() : end + 2;
+  }
+  return i;
+}
+
+// ---- functions ----
+
+const char16_t* Text16(sqlite3_value* v, int* units) {
+  const void* p = sqlite3_value_text16(v);
+  *units = sqlite3_value_bytes16(v) / 2;
+  return static_cast<const char16_t*>(p);
+}
+
+bool AnyNull(int argc, sqlite3_value** argv) {
+  return std::any_of(argv, argv + argc,
+                     [](sqlite3_value* v) { return sqlite3_value_type(v) == SQLITE_NULL; });
+}
+
+void ResultText(sqlite3_context* ctx, StringView text) {
+  sqlite3_result_text16(ctx, text.data(), static_cast<int>(text.size() * 2), SQLITE_TRANSIENT);
+}
+
+// len(s): characters without the trailing blanks.
+void Len(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
+  if (AnyNull(argc, argv)) return sqlite3_result_null(ctx);
+  int units = 0;
+  const char16_t* text = Text16(argv[0], &units);
+  sqlite3_result_int64(
+      ctx, static_cast<sqlite3_int64>(LengthIgnoringTrailingBlanks(StringView(text, units))));
+}
+
+// left(s, n) and right(s, n): the first or last n characters; n past the
+// length gives the whole text; a negative n is an error.
+template <bool kFromRight>
+void Side(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
+  if (AnyNull(argc, argv)) return sqlite3_result_null(ctx);
+  const sqlite3_int64 n = sqlite3_value_int64(argv[1]);
+  if (n < 0) {
+    return sqlite3_result_error(ctx, "Invalid length parameter passed to the right function.",
+                                -1);
+  }
+  int units = 0;
+  const char16_t* text = Text16(argv[0], &units);
+  const StringView whole(text, units);
+  const size_t take = std::min<size_t>(whole.size(), static_cast<size_t>(n));
+  ResultText(ctx, kFromRight ? whole.substr(whole.size() - take) : whole.substr(0, take));
+}
+
+// substring(s, start, length), 1-based: a start before 1 shortens the part
+// taken, a start past the end gives '', a negative length is an error.
+void Substring(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
+  if (AnyNull(argc, argv)) return sqlite3_result_null(ctx);
+  const sqlite3_int64 start = sqlite3_value_int64(argv[1]);
+  const sqlite3_int64 length = sqlite3_value_int64(argv[2]);
+  if (length < 0) {
+    return sqlite3_result_error(
+        ctx, "Invalid length parameter passed to the substring function.", -1);
+  }
+  int units = 0;
+  const char16_t* text = Text16(argv[0], &units);
+  const sqlite3_int64 first = std::max<sqlite3_int64>(start, 1);
+  const sqlite3_int64 end_bound = sqlite3_int64{units} + 1;
+  const sqlite3_int64 last = (start > end_bound - length) ? end_bound : start + length;
+  if (last <= first) return ResultText(ctx, u"");
+  ResultText(ctx, StringView(text + first - 1, static_cast<size_t>(last - first)));
+}
+
+// ---- collations ----
+
+int CompareWith(void* arg, int na, const void* a, int nb, const void* b) {
+  const auto* collation = static_cast<const Collation*>(arg);
+  return collation->Compare(StringView(static_cast<const char16_t*>(a), na / 2),
+                            StringView(static_cast<const char16_t*>(b), nb / 2));
+}
+
+void DestroyCollation(void* arg) { delete static_cast<Collation*>(arg); }
+
+void OnCollationNeeded(void*, sqlite3* db, int, const void* name16) {
+  const auto* name = static_cast<const char16_t*>(name16);
+  if (auto collation = CollationFromName(name)) {
+    sqlite3_create_collation_v2(db, ToUtf8(name).c_str(), SQLITE_UTF16, new Collation(*collation),
+                                CompareWith, DestroyCollation);
+  }
+}
+
+}  // namespace
+
+String QuoteCallKeywords(StringView sql) {
+  String out;
+  out.reserve(sql.size() + 8);
+  size_t i = 0;
+  while (i < sql.size()) {
+    const size_t skipped = SkipQuoted(sql, i);
+    if (skipped != i) {
+      out.append(sql.substr(i, skipped - i));
+      i = skipped;
+      continue;
+    }
+    if (!IsIdentifierChar(sql[i]) || (i > 0 && IsIdentifierChar(sql[i - 1]))) {
+      out.push_back(sql[i++]);
+      continue;
+    }
+    size_t end = i;
+    while (end < sql.size() && IsIdentifierChar(sql[end])) ++end;
+    const StringView word = sql.substr(i, end - i);
+    size_t next = end;
+    while (next < sql.size() && (sql[next] == u' ' || sql[next] == u'\t' || sql[next] == u'\r' ||
+                                 sql[next] == u'\n')) {
+      ++next;
+    }
+    const bool call = next < sql.size() && sql[next] == u'(';
+    if (call && (EqualsNoCase(word, u"right") || EqualsNoCase(word, u"left"))) {
+      out.push_back(u'"');
+      out.append(word);
+      out.push_back(u'"');
+    } else {
+      out.append(word);
+    }
+    i = end;
+  }
+  return out;
+}
+
+int RegisterDialect(sqlite3* db) {
+  constexpr int kFlags = SQLITE_UTF16 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+  struct Function {
+    const char* name;
+    int args;
+    void (*fn)(sqlite3_context*, int, sqlite3_value**);
+  };
+  const Function functions[] = {
+      {"len", 1, Len},
+      {"left", 2, Side<false>},
+      {"right", 2, Side<true>},
+      {"substring", 3, Substring},
+  };
+  for (const auto& f : functions) {
+    const int rc = sqlite3_create_function_v2(db, f.name, f.args, kFlags, nullptr, f.fn, nullptr,
+                                              nullptr, nullptr);
+    if (rc != SQLITE_OK) return rc;
+  }
+  return sqlite3_collation_needed16(db, nullptr, OnCollationNeeded);
+}
+
+}  // namespace kavrin::db::sqlite

@@ -1,0 +1,161 @@
+#include "kavrin/Ado.h"
+
+#include "kavrin/Error.h"
+#include "platform/State.h"
+
+namespace kavrin {
+
+namespace {
+const String kRecordsetSource = u"ADODB.Recordset";
+const String kFieldsSource = u"ADODB.Fields";
+const String kFieldSource = u"ADODB.Field";
+constexpr int32_t kObjectOpen = 3705;
+}  // namespace
+
+namespace detail {
+
+std::optional<size_t> RecordsetState::ColumnIndex(StringView name) const {
+  for (size_t i = 0; i < columns.size(); ++i) {
+    if (EqualsNoCase(columns[i].name, name)) return i;
+  }
+  return std::nullopt;
+}
+
+void RecordsetState::Load(db::Cursor& cursor) {
+  columns = cursor.Columns();
+  rows.clear();
+  while (cursor.Next()) {
+    std::vector<Variant> row;
+    row.reserve(columns.size());
+    for (size_t i = 0; i < columns.size(); ++i) row.push_back(cursor.Value(i));
+    rows.push_back(std::move(row));
+  }
+  position = 0;
+  open = true;
+}
+
+void RecordsetState::RequireOpen() const {
+  if (!open) throw Error::Standard(errors::kObjectClosed, kRecordsetSource);
+}
+
+String SelectAllFrom(StringView table) { return u"SELECT * FROM " + String(table); }
+
+bool IsBareTableName(StringView source) {
+  if (source.empty()) return false;
+  for (char16_t c : source) {
+    const bool word = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ||
+                      (c >= u'0' && c <= u'9') || c == u'_' || c == u'$' || c == u'#' ||
+                      c == u'.' || c >= 0x80;
+    if (!word) return false;
+  }
+  return !(source[0] >= u'0' && source[0] <= u'9');
+}
+
+}  // namespace detail
+
+namespace ado {
+
+// ---- Connection ----
+
+Connection::Connection(std::shared_ptr<detail::ConnectionState> state)
+    : state_(std::move(state)) {}
+Connection::~Connection() = default;
+
+void Connection::SetTrace(TraceObserver observer) { state_->trace = std::move(observer); }
+
+// ---- Field / Fields ----
+
+Field::Field(std::shared_ptr<detail::RecordsetState> state, size_t index)
+    : state_(std::move(state)), index_(index) {}
+
+String Field::Name() const { return state_->columns.at(index_).name; }
+
+Variant Field::Value() const {
+  state_->RequireOpen();
+  if (!state_->HasCurrentRow()) throw Error::Standard(errors::kNoCurrentRecord, kFieldSource);
+  return state_->rows[static_cast<size_t>(state_->position)][index_];
+}
+
+Fields::Fields(std::shared_ptr<detail::RecordsetState> state) : state_(std::move(state)) {}
+
+int32_t Fields::Count() const { return static_cast<int32_t>(state_->columns.size()); }
+
+Field Fields::Item(StringView name) const {
+  if (auto index = state_->ColumnIndex(name)) return Field(state_, *index);
+  throw Error::Standard(errors::kItemNotFound, kFieldsSource);
+}
+
+Field Fields::Item(int32_t index) const {
+  if (index < 0 || static_cast<size_t>(index) >= state_->columns.size()) {
+    throw Error::Standard(errors::kItemNotFound, kFieldsSource);
+  }
+  return Field(state_, static_cast<size_t>(index));
+}
+
+// ---- Recordset ----
+
+Recordset::Recordset() : state_(std::make_shared<detail::RecordsetState>()) {}
+Recordset::~Recordset() = default;
+
+int32_t Recordset::CursorLocation() const { return state_->cursor_location; }
+void Recordset::CursorLocation(int32_t location) { state_->cursor_location = location; }
+
+void Recordset::Open(StringView source, const std::shared_ptr<Connection>& active_connection,
+                     int32_t /*cursor_type*/, int32_t /*lock_type*/, int32_t options) {
+  if (state_->open) throw Error::Standard(kObjectOpen, kRecordsetSource);
+  if (!active_connection) throw Error::Standard(errors::kNoConnection, kRecordsetSource);
+  const String sql = options == adCmdTable ? detail::SelectAllFrom(source) : String(source);
+  auto cursor = active_connection->state().Query(source, sql);
+  state_->Load(*cursor);
+  state_->counts_rows = state_->cursor_location == adUseClient;
+}
+
+bool Recordset::Bof() const {
+  state_->RequireOpen();
+  return state_->Bof();
+}
+
+bool Recordset::Eof() const {
+  state_->RequireOpen();
+  return state_->Eof();
+}
+
+ado::Fields Recordset::Fields() const {
+  state_->RequireOpen();
+  return ado::Fields(state_);
+}
+
+void Recordset::MoveNext() {
+  state_->RequireOpen();
+  if (state_->Eof()) throw Error::Standard(errors::kNoCurrentRecord, kRecordsetSource);
+  ++state_->position;
+}
+
+void Recordset::MoveFirst() {
+  state_->RequireOpen();
+  if (state_->rows.empty()) throw Error::Standard(errors::kNoCurrentRecord, kRecordsetSource);
+  state_->position = 0;
+}
+
+void Recordset::MoveLast() {
+  state_->RequireOpen();
+  if (state_->rows.empty()) throw Error::Standard(errors::kNoCurrentRecord, kRecordsetSource);
+  state_->position = static_cast<int64_t>(state_->rows.size()) - 1;
+}
+
+int32_t Recordset::RecordCount() const {
+  state_->RequireOpen();
+  return state_->counts_rows ? static_cast<int32_t>(state_->rows.size()) : -1;
+}
+
+void Recordset::Close() {
+  state_->open = false;
+  state_->rows.clear();
+  state_->columns.clear();
+  state_->position = 0;
+}
+
+bool Recordset::IsOpen() const { return state_->open; }
+
+}  // namespace ado
+}  // namespace kavrin
