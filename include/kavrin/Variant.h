@@ -60,9 +60,9 @@ class KAVRIN_API Array {
   Array(int32_t lbound, VarType element_type, size_t count);
 
   int32_t lbound() const { return lbound_; }
-  int32_t ubound() const { return lbound_ + static_cast<int32_t>(items_.size()) - 1; }
+  int32_t ubound() const;
   VarType element_type() const { return element_type_; }
-  size_t size() const { return items_.size(); }
+  size_t size() const;
   const std::vector<Variant>& items() const { return items_; }
 
   // Element at platform index `index`. Throws Error 9 outside the bounds.
@@ -159,5 +159,13 @@ class KAVRIN_API Variant {
                ObjectRef, std::shared_ptr<Array>, MissingTag>
       value_;
 };
+
+// Defined here, where Variant is complete: the element vector's size needs it.
+inline int32_t Array::ubound() const {
+  return lbound_ + static_cast<int32_t>(items_.size()) - 1;
+}
+inline size_t Array::size() const {
+  return items_.size();
+}
 
 }  // namespace kavrin
