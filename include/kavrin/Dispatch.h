@@ -20,9 +20,9 @@
 namespace kavrin {
 
 enum class InvokeKind : uint8_t {
-  Method,       // obj.Name(args)
-  PropertyGet,  // x = obj.Name(args)
-  PropertyPut,  // obj.Name(args) = value; the value is the last argument
+  Method,          // obj.Name(args)
+  PropertyGet,     // x = obj.Name(args)
+  PropertyPut,     // obj.Name(args) = value; the value is the last argument
   PropertyPutRef,  // Set obj.Name(args) = object; the object is the last argument
 };
 

@@ -33,10 +33,10 @@ inline constexpr int32_t kItemNotFound = 3265;
 inline constexpr int32_t kObjectClosed = 3704;
 inline constexpr int32_t kNoConnection = 3709;
 // Provider errors carrying the engine's message (OLE DB HRESULTs as ADO shows them).
-inline constexpr int32_t kProviderSyntax = -2147217900;      // rejected statement
-inline constexpr int32_t kProviderNoTable = -2147217865;     // unknown table or view
-inline constexpr int32_t kProviderTimeout = -2147217871;     // lock or busy timeout
-inline constexpr int32_t kProviderFailure = -2147467259;     // cannot open, I/O, corrupt
+inline constexpr int32_t kProviderSyntax = -2147217900;   // rejected statement
+inline constexpr int32_t kProviderNoTable = -2147217865;  // unknown table or view
+inline constexpr int32_t kProviderTimeout = -2147217871;  // lock or busy timeout
+inline constexpr int32_t kProviderFailure = -2147467259;  // cannot open, I/O, corrupt
 }  // namespace errors
 
 class KAVRIN_API Error : public std::exception {

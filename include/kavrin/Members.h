@@ -21,11 +21,11 @@ struct ParameterInfo {
 };
 
 struct MemberInfo {
-  int number;              // 1-based place in the interface
+  int number;  // 1-based place in the interface
   const char16_t* name;
-  InvokeKind kind;         // Method, PropertyGet or PropertyPutRef
+  InvokeKind kind;  // Method, PropertyGet or PropertyPutRef
   std::span<const ParameterInfo> parameters;
-  VarType result;          // VarType::Empty for a member without a result
+  VarType result;  // VarType::Empty for a member without a result
   // Calls the typed member; null while a member is not available.
   Variant (*invoke)(clsPub& object, CallArguments& args) = nullptr;
 };

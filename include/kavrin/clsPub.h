@@ -76,8 +76,7 @@ class KAVRIN_API clsPub : public Dispatch {
 
   // ---- Archive entry validation ----
 
-  String CheckDirGrade(const String& cString, bool IsEnd, int16_t iType,
-                       bool IsReturnName = false);
+  String CheckDirGrade(const String& cString, bool IsEnd, int16_t iType, bool IsReturnName = false);
   String CheckInv(const String& cString, bool IsReturnName = false);
   String CheckDirNoGrade(const String& cString, int16_t iType, bool IsReturnName = false);
   int16_t CodeGrade2Length(int16_t iGrade, int16_t iType);

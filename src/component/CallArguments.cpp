@@ -8,7 +8,8 @@ namespace kavrin {
 namespace {
 size_t RequiredCount(std::span<const ParameterInfo> parameters) {
   size_t required = 0;
-  while (required < parameters.size() && !parameters[required].optional) ++required;
+  while (required < parameters.size() && !parameters[required].optional)
+    ++required;
   return required;
 }
 }  // namespace
@@ -26,14 +27,28 @@ CallArguments::~CallArguments() {
   }
 }
 
-const Variant& CallArguments::Arg(size_t i) const { return i < args_.size() ? args_[i] : missing_; }
+const Variant& CallArguments::Arg(size_t i) const {
+  return i < args_.size() ? args_[i] : missing_;
+}
 
-String CallArguments::Text(size_t i) const { return Given(i) ? ToString(Arg(i)) : String(); }
-bool CallArguments::Boolean(size_t i) const { return Given(i) && ToBoolean(Arg(i)); }
-int16_t CallArguments::Integer(size_t i) const { return Given(i) ? ToInteger(Arg(i)) : 0; }
-int32_t CallArguments::Long(size_t i) const { return Given(i) ? ToLong(Arg(i)) : 0; }
-uint8_t CallArguments::Byte(size_t i) const { return Given(i) ? ToByte(Arg(i)) : 0; }
-double CallArguments::Double(size_t i) const { return Given(i) ? ToDouble(Arg(i)) : 0.0; }
+String CallArguments::Text(size_t i) const {
+  return Given(i) ? ToString(Arg(i)) : String();
+}
+bool CallArguments::Boolean(size_t i) const {
+  return Given(i) && ToBoolean(Arg(i));
+}
+int16_t CallArguments::Integer(size_t i) const {
+  return Given(i) ? ToInteger(Arg(i)) : 0;
+}
+int32_t CallArguments::Long(size_t i) const {
+  return Given(i) ? ToLong(Arg(i)) : 0;
+}
+uint8_t CallArguments::Byte(size_t i) const {
+  return Given(i) ? ToByte(Arg(i)) : 0;
+}
+double CallArguments::Double(size_t i) const {
+  return Given(i) ? ToDouble(Arg(i)) : 0.0;
+}
 
 Variant& CallArguments::Value(size_t i) {
   if (i < args_.size()) return args_[i];

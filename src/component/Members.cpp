@@ -34,19 +34,16 @@ constexpr P kCheckDirNoGrade[] = {
 constexpr P kGetAccInfo[] = {{u"SysID", kString}, {u"cName", kString}};
 constexpr P kInit[] = {{u"DbFullPath", kString}, {u"cPassword", kString, kOptional}};
 constexpr P kWhCode[] = {{u"WhCode", kString}};
-constexpr P kFromTo[] = {{u"strFrom", kString},
-                         {u"strFromValue", kString},
-                         {u"strTo", kString},
-                         {u"strTable", kString}};
+constexpr P kFromTo[] = {
+    {u"strFrom", kString}, {u"strFromValue", kString}, {u"strTo", kString}, {u"strTable", kString}};
 constexpr P kSepCode[] = {{u"Code", kString, false, kWritten}, {u"bName", kVariant, kOptional}};
 constexpr P kFormatNum[] = {{u"Num", kDouble}, {u"DispZero", kVariant, kOptional}};
 constexpr P kReFormat[] = {{u"str", kString}};
 constexpr P kCodeToName[] = {{u"Code", kString}, {u"Style", kByte}};
 constexpr P kCCode[] = {{u"cCode", kString}};
 constexpr P kCode[] = {{u"Code", kString}};
-constexpr P kFormatNum1[] = {{u"Num", kDouble},
-                             {u"DecimalLength", kInteger, kOptional},
-                             {u"DispZero", kVariant, kOptional}};
+constexpr P kFormatNum1[] = {
+    {u"Num", kDouble}, {u"DecimalLength", kInteger, kOptional}, {u"DispZero", kVariant, kOptional}};
 constexpr P kJustID2Code[] = {{u"ID", kLong}};
 constexpr P kExistTableQueryDAO[] = {
     {u"DB", kObject}, {u"TName", kString}, {u"IsQuery", kBoolean, kOptional}};
@@ -145,7 +142,9 @@ const MemberInfo* FindMember(StringView name, InvokeKind kind) {
 
 }  // namespace
 
-std::span<const MemberInfo> clsPub::Members() { return kMembers; }
+std::span<const MemberInfo> clsPub::Members() {
+  return kMembers;
+}
 
 Variant clsPub::Invoke(StringView name, InvokeKind kind, std::span<Variant> args) {
   const MemberInfo* member = FindMember(name, kind);

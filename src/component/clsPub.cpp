@@ -17,7 +17,9 @@ std::shared_ptr<KitDatabase> clsPub::DBIA() {
   return dbia_;
 }
 
-void clsPub::DBIA(std::shared_ptr<KitDatabase> value) { dbia_ = std::move(value); }
+void clsPub::DBIA(std::shared_ptr<KitDatabase> value) {
+  dbia_ = std::move(value);
+}
 
 void clsPub::init(const String& /*DbFullPath*/, const String& /*cPassword*/) {
   // The host's connection is the one assigned to DBIA; the path and password
@@ -26,7 +28,9 @@ void clsPub::init(const String& /*DbFullPath*/, const String& /*cPassword*/) {
   dbia_ = std::move(current);
 }
 
-KitDatabase& clsPub::Database() { return *DBIA(); }
+KitDatabase& clsPub::Database() {
+  return *DBIA();
+}
 
 std::shared_ptr<KitRecordset>& clsPub::Lookup() {
   if (!rs_lookup_) rs_lookup_ = std::make_shared<KitRecordset>();

@@ -8,7 +8,9 @@ namespace kavrin::db {
 namespace {
 
 // Full-width ASCII forms (U+FF01..U+FF5E) compare as their ASCII letters.
-UChar32 NarrowWidth(UChar32 c) { return (c >= 0xFF01 && c <= 0xFF5E) ? c - 0xFEE0 : c; }
+UChar32 NarrowWidth(UChar32 c) {
+  return (c >= 0xFF01 && c <= 0xFF5E) ? c - 0xFEE0 : c;
+}
 
 UChar32 Normalize(const Collation& collation, UChar32 c) {
   if (collation.ignore_width) c = NarrowWidth(c);
@@ -27,7 +29,8 @@ bool Contains(StringView haystack, StringView needle) {
 
 size_t LengthIgnoringTrailingBlanks(StringView text) {
   size_t n = text.size();
-  while (n > 0 && text[n - 1] == u' ') --n;
+  while (n > 0 && text[n - 1] == u' ')
+    --n;
   return n;
 }
 

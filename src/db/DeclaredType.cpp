@@ -41,8 +41,8 @@ VarType TypeFromDeclared(StringView declared) {
   if (IsOneOf(name, {u"DATE", u"DATETIME", u"SMALLDATETIME", u"DATETIME2", u"TIMESTAMP"})) {
     return VarType::Date;
   }
-  if (IsOneOf(name, {u"CHAR", u"VARCHAR", u"NCHAR", u"NVARCHAR", u"TEXT", u"NTEXT",
-                     u"CHARACTER", u"CHARACTER VARYING", u"CITEXT", u"BPCHAR"})) {
+  if (IsOneOf(name, {u"CHAR", u"VARCHAR", u"NCHAR", u"NVARCHAR", u"TEXT", u"NTEXT", u"CHARACTER",
+                     u"CHARACTER VARYING", u"CITEXT", u"BPCHAR"})) {
     return VarType::String;
   }
   return VarType::Variant;
@@ -81,7 +81,8 @@ Variant CoerceStored(Variant value, VarType type) {
     case VarType::String:
       if (value.type() == VarType::Long) return String(FromUtf8(std::to_string(value.AsLong())));
       break;
-    default: break;
+    default:
+      break;
   }
   return value;
 }

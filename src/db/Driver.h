@@ -17,9 +17,9 @@ namespace kavrin::db {
 
 // One column of a result, as the engine describes it.
 struct ColumnInfo {
-  String name;       // the name or alias the statement gives the column
+  String name;                      // the name or alias the statement gives the column
   VarType type = VarType::Variant;  // from the declared type; Variant = by storage class
-  String collation;  // the source column's collation, empty when unknown or not text
+  String collation;                 // the source column's collation, empty when unknown or not text
 };
 
 // A forward cursor over the rows of one statement.

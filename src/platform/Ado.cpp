@@ -27,7 +27,8 @@ void RecordsetState::Load(db::Cursor& cursor) {
   while (cursor.Next()) {
     std::vector<Variant> row;
     row.reserve(columns.size());
-    for (size_t i = 0; i < columns.size(); ++i) row.push_back(cursor.Value(i));
+    for (size_t i = 0; i < columns.size(); ++i)
+      row.push_back(cursor.Value(i));
     rows.push_back(std::move(row));
   }
   position = 0;
@@ -38,7 +39,9 @@ void RecordsetState::RequireOpen() const {
   if (!open) throw Error::Standard(errors::kObjectClosed, kRecordsetSource);
 }
 
-String SelectAllFrom(StringView table) { return u"SELECT * FROM " + String(table); }
+String SelectAllFrom(StringView table) {
+  return u"SELECT * FROM " + String(table);
+}
 
 bool IsBareTableName(StringView source) {
   if (source.empty()) return false;
@@ -57,18 +60,21 @@ namespace ado {
 
 // ---- Connection ----
 
-Connection::Connection(std::shared_ptr<detail::ConnectionState> state)
-    : state_(std::move(state)) {}
+Connection::Connection(std::shared_ptr<detail::ConnectionState> state) : state_(std::move(state)) {}
 Connection::~Connection() = default;
 
-void Connection::SetTrace(TraceObserver observer) { state_->trace = std::move(observer); }
+void Connection::SetTrace(TraceObserver observer) {
+  state_->trace = std::move(observer);
+}
 
 // ---- Field / Fields ----
 
 Field::Field(std::shared_ptr<detail::RecordsetState> state, size_t index)
     : state_(std::move(state)), index_(index) {}
 
-String Field::Name() const { return state_->columns.at(index_).name; }
+String Field::Name() const {
+  return state_->columns.at(index_).name;
+}
 
 Variant Field::Value() const {
   state_->RequireOpen();
@@ -78,7 +84,9 @@ Variant Field::Value() const {
 
 Fields::Fields(std::shared_ptr<detail::RecordsetState> state) : state_(std::move(state)) {}
 
-int32_t Fields::Count() const { return static_cast<int32_t>(state_->columns.size()); }
+int32_t Fields::Count() const {
+  return static_cast<int32_t>(state_->columns.size());
+}
 
 Field Fields::Item(StringView name) const {
   if (auto index = state_->ColumnIndex(name)) return Field(state_, *index);
@@ -97,8 +105,12 @@ Field Fields::Item(int32_t index) const {
 Recordset::Recordset() : state_(std::make_shared<detail::RecordsetState>()) {}
 Recordset::~Recordset() = default;
 
-int32_t Recordset::CursorLocation() const { return state_->cursor_location; }
-void Recordset::CursorLocation(int32_t location) { state_->cursor_location = location; }
+int32_t Recordset::CursorLocation() const {
+  return state_->cursor_location;
+}
+void Recordset::CursorLocation(int32_t location) {
+  state_->cursor_location = location;
+}
 
 void Recordset::Open(StringView source, const std::shared_ptr<Connection>& active_connection,
                      int32_t /*cursor_type*/, int32_t /*lock_type*/, int32_t options) {
@@ -155,7 +167,9 @@ void Recordset::Close() {
   state_->position = 0;
 }
 
-bool Recordset::IsOpen() const { return state_->open; }
+bool Recordset::IsOpen() const {
+  return state_->open;
+}
 
 }  // namespace ado
 }  // namespace kavrin

@@ -10,7 +10,9 @@ namespace kavrin {
 
 namespace {
 
-bool Is(StringView name, StringView member) { return EqualsNoCase(name, member); }
+bool Is(StringView name, StringView member) {
+  return EqualsNoCase(name, member);
+}
 
 // A Field reached by name: Value (its default member) and Name.
 class FieldObject final : public Dispatch {
@@ -85,8 +87,8 @@ Variant ado::Recordset::Invoke(StringView name, InvokeKind kind, std::span<Varia
       const Variant& v = ArgumentAt(args, i);
       return v.IsMissing() ? fallback : ToLong(v);
     };
-    Open(ToString(args[0]), ado_connection, number(2, adOpenForwardOnly),
-         number(3, adLockReadOnly), number(4, adCmdText));
+    Open(ToString(args[0]), ado_connection, number(2, adOpenForwardOnly), number(3, adLockReadOnly),
+         number(4, adCmdText));
     return {};
   }
   CheckArgumentCount(args, 0, Is(name, u"Fields") ? 1 : 0);

@@ -21,7 +21,8 @@ class Reader {
   explicit Reader(StringView text) : text_(text) {}
 
   void SkipBlanks() {
-    while (pos_ < text_.size() && (text_[pos_] == u' ' || text_[pos_] == u'\t')) ++pos_;
+    while (pos_ < text_.size() && (text_[pos_] == u' ' || text_[pos_] == u'\t'))
+      ++pos_;
   }
   bool AtEnd() {
     SkipBlanks();
@@ -55,7 +56,8 @@ class Reader {
       return name;
     }
     const size_t start = pos_;
-    while (pos_ < text_.size() && IsWordChar(text_[pos_])) ++pos_;
+    while (pos_ < text_.size() && IsWordChar(text_[pos_]))
+      ++pos_;
     return String(text_.substr(start, pos_ - start));
   }
   // A quoted text, a number, True or False; nullopt when none stands here.

@@ -1,7 +1,7 @@
+#include "db/Collation.h"
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
 #include "kavrin/KitDatabase.h"
-#include "db/Collation.h"
 #include "platform/Criteria.h"
 #include "platform/State.h"
 
@@ -14,7 +14,8 @@ constexpr int32_t kUnknownColumn = 3070;
 constexpr int32_t kCriteriaTypeMismatch = 3464;
 
 [[noreturn]] void CriteriaTypeMismatch() {
-  throw Error(kCriteriaTypeMismatch, u"KitRecordset", u"Data type mismatch in criteria expression.");
+  throw Error(kCriteriaTypeMismatch, u"KitRecordset",
+              u"Data type mismatch in criteria expression.");
 }
 
 // A column value as the server holds it for a numeric comparison: a bit is
@@ -59,17 +60,31 @@ KitRecordset::KitRecordset(std::shared_ptr<ado::Recordset> recordset)
     : recordset_(std::move(recordset)) {}
 KitRecordset::~KitRecordset() = default;
 
-bool KitRecordset::Bof() const { return recordset_->Bof(); }
-bool KitRecordset::Eof() const { return recordset_->Eof(); }
-ado::Fields KitRecordset::Fields() const { return recordset_->Fields(); }
+bool KitRecordset::Bof() const {
+  return recordset_->Bof();
+}
+bool KitRecordset::Eof() const {
+  return recordset_->Eof();
+}
+ado::Fields KitRecordset::Fields() const {
+  return recordset_->Fields();
+}
 int32_t KitRecordset::RecordCount() const {
   recordset_->state()->RequireOpen();
   return static_cast<int32_t>(recordset_->state()->rows.size());
 }
-void KitRecordset::Close() { recordset_->Close(); }
-void KitRecordset::MoveFirst() { recordset_->MoveFirst(); }
-void KitRecordset::MoveLast() { recordset_->MoveLast(); }
-void KitRecordset::MoveNext() { recordset_->MoveNext(); }
+void KitRecordset::Close() {
+  recordset_->Close();
+}
+void KitRecordset::MoveFirst() {
+  recordset_->MoveFirst();
+}
+void KitRecordset::MoveLast() {
+  recordset_->MoveLast();
+}
+void KitRecordset::MoveNext() {
+  recordset_->MoveNext();
+}
 
 void KitRecordset::FindFirst(StringView criteria) {
   auto& state = *recordset_->state();
@@ -131,8 +146,8 @@ std::shared_ptr<KitRecordset> KitDatabase::OpenQuery(StringView source, const Va
   if (!connection_) throw Error::Standard(errors::kNoConnection, kKitSource);
   if (!type.IsNumeric() && !type.IsString()) throw Error::Runtime(errors::kTypeMismatch);
   ToLong(type);  // a type that is not a number fails as the kit's argument check does
-  const String sql = detail::IsBareTableName(source) ? detail::SelectAllFrom(source)
-                                                     : String(source);
+  const String sql =
+      detail::IsBareTableName(source) ? detail::SelectAllFrom(source) : String(source);
   auto cursor = connection_->state().Query(source, sql);
   auto recordset = std::make_shared<ado::Recordset>();
   recordset->CursorLocation(ado::adUseClient);

@@ -13,7 +13,9 @@ inline int16_t CheckedInteger(int32_t value) {
   return static_cast<int16_t>(value);
 }
 
-inline int16_t AddInteger(int16_t a, int32_t b) { return CheckedInteger(int32_t{a} + b); }
+inline int16_t AddInteger(int16_t a, int32_t b) {
+  return CheckedInteger(int32_t{a} + b);
+}
 
 inline int32_t AddLong(int32_t a, int32_t b) {
   const int64_t sum = int64_t{a} + b;

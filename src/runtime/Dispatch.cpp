@@ -10,7 +10,9 @@ Variant Dispatch::Call(StringView name, std::span<Variant> args) {
   return Invoke(name, InvokeKind::Method, args);
 }
 
-Variant Dispatch::Get(StringView name) { return Invoke(name, InvokeKind::PropertyGet, {}); }
+Variant Dispatch::Get(StringView name) {
+  return Invoke(name, InvokeKind::PropertyGet, {});
+}
 
 void Dispatch::Put(StringView name, Variant value) {
   Invoke(name, InvokeKind::PropertyPut, std::span<Variant>(&value, 1));

@@ -97,8 +97,10 @@ std::string ToUtf8(StringView text) {
 String Trim(StringView text) {
   size_t begin = 0;
   size_t end = text.size();
-  while (begin < end && text[begin] == u' ') ++begin;
-  while (end > begin && text[end - 1] == u' ') --end;
+  while (begin < end && text[begin] == u' ')
+    ++begin;
+  while (end > begin && text[end - 1] == u' ')
+    --end;
   return String(text.substr(begin, end - begin));
 }
 

@@ -8,19 +8,32 @@ namespace kavrin {
 
 String TypeName(VarType type) {
   switch (type) {
-    case VarType::Empty: return u"Empty";
-    case VarType::Null: return u"Null";
-    case VarType::Integer: return u"Integer";
-    case VarType::Long: return u"Long";
-    case VarType::Byte: return u"Byte";
-    case VarType::Double: return u"Double";
-    case VarType::Boolean: return u"Boolean";
-    case VarType::Date: return u"Date";
-    case VarType::String: return u"String";
-    case VarType::Object: return u"Object";
-    case VarType::Array: return u"Array";
-    case VarType::Missing: return u"Error";
-    case VarType::Variant: return u"Variant";
+    case VarType::Empty:
+      return u"Empty";
+    case VarType::Null:
+      return u"Null";
+    case VarType::Integer:
+      return u"Integer";
+    case VarType::Long:
+      return u"Long";
+    case VarType::Byte:
+      return u"Byte";
+    case VarType::Double:
+      return u"Double";
+    case VarType::Boolean:
+      return u"Boolean";
+    case VarType::Date:
+      return u"Date";
+    case VarType::String:
+      return u"String";
+    case VarType::Object:
+      return u"Object";
+    case VarType::Array:
+      return u"Array";
+    case VarType::Missing:
+      return u"Error";
+    case VarType::Variant:
+      return u"Variant";
   }
   return u"Variant";
 }
@@ -31,15 +44,32 @@ Array::Array(int32_t lbound, VarType element_type, size_t count)
     : lbound_(lbound), element_type_(element_type) {
   Variant initial;
   switch (element_type) {
-    case VarType::Integer: initial = int16_t{0}; break;
-    case VarType::Long: initial = int32_t{0}; break;
-    case VarType::Byte: initial = uint8_t{0}; break;
-    case VarType::Double: initial = 0.0; break;
-    case VarType::Boolean: initial = false; break;
-    case VarType::Date: initial = Date{}; break;
-    case VarType::String: initial = String(); break;
-    case VarType::Object: initial = Variant::Nothing(); break;
-    default: break;
+    case VarType::Integer:
+      initial = int16_t{0};
+      break;
+    case VarType::Long:
+      initial = int32_t{0};
+      break;
+    case VarType::Byte:
+      initial = uint8_t{0};
+      break;
+    case VarType::Double:
+      initial = 0.0;
+      break;
+    case VarType::Boolean:
+      initial = false;
+      break;
+    case VarType::Date:
+      initial = Date{};
+      break;
+    case VarType::String:
+      initial = String();
+      break;
+    case VarType::Object:
+      initial = Variant::Nothing();
+      break;
+    default:
+      break;
   }
   items_.assign(count, initial);
 }
@@ -80,7 +110,9 @@ Variant& Variant::operator=(const Variant& other) {
   return *this;
 }
 
-VarType Variant::type() const { return static_cast<VarType>(value_.index()); }
+VarType Variant::type() const {
+  return static_cast<VarType>(value_.index());
+}
 
 bool Variant::IsNumeric() const {
   switch (type()) {
@@ -89,8 +121,10 @@ bool Variant::IsNumeric() const {
     case VarType::Byte:
     case VarType::Double:
     case VarType::Boolean:
-    case VarType::Date: return true;
-    default: return false;
+    case VarType::Date:
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -100,8 +134,10 @@ String Variant::TypeName() const {
       const auto& object = AsObject();
       return object ? object->TypeName() : String(u"Nothing");
     }
-    case VarType::Array: return kavrin::TypeName(AsArray().element_type()) + u"()";
-    default: return kavrin::TypeName(type());
+    case VarType::Array:
+      return kavrin::TypeName(AsArray().element_type()) + u"()";
+    default:
+      return kavrin::TypeName(type());
   }
 }
 
@@ -113,16 +149,36 @@ const T& Get(const V& value) {
 }
 }  // namespace
 
-int16_t Variant::AsInteger() const { return Get<int16_t>(value_); }
-int32_t Variant::AsLong() const { return Get<int32_t>(value_); }
-uint8_t Variant::AsByte() const { return Get<uint8_t>(value_); }
-double Variant::AsDouble() const { return Get<double>(value_); }
-bool Variant::AsBoolean() const { return Get<bool>(value_); }
-Date Variant::AsDate() const { return Get<Date>(value_); }
-const String& Variant::AsString() const { return Get<String>(value_); }
-const std::shared_ptr<Dispatch>& Variant::AsObject() const { return Get<ObjectRef>(value_).ptr; }
-const Array& Variant::AsArray() const { return *Get<std::shared_ptr<Array>>(value_); }
-Array& Variant::AsArray() { return *Get<std::shared_ptr<Array>>(value_); }
+int16_t Variant::AsInteger() const {
+  return Get<int16_t>(value_);
+}
+int32_t Variant::AsLong() const {
+  return Get<int32_t>(value_);
+}
+uint8_t Variant::AsByte() const {
+  return Get<uint8_t>(value_);
+}
+double Variant::AsDouble() const {
+  return Get<double>(value_);
+}
+bool Variant::AsBoolean() const {
+  return Get<bool>(value_);
+}
+Date Variant::AsDate() const {
+  return Get<Date>(value_);
+}
+const String& Variant::AsString() const {
+  return Get<String>(value_);
+}
+const std::shared_ptr<Dispatch>& Variant::AsObject() const {
+  return Get<ObjectRef>(value_).ptr;
+}
+const Array& Variant::AsArray() const {
+  return *Get<std::shared_ptr<Array>>(value_);
+}
+Array& Variant::AsArray() {
+  return *Get<std::shared_ptr<Array>>(value_);
+}
 
 bool operator==(const Variant& a, const Variant& b) {
   if (a.type() != b.type()) return false;

@@ -18,7 +18,8 @@ TEST(LateBinding, MembersStandInTheirFixedOrder) {
   EXPECT_EQ(String(members[13].name), u"CodeToName");
   EXPECT_EQ(String(members[38].name), u"GetInvDifHead");
   EXPECT_EQ(String(members[39].name), u"GetCodeLen");
-  for (size_t i = 0; i < members.size(); ++i) EXPECT_EQ(members[i].number, int(i + 1));
+  for (size_t i = 0; i < members.size(); ++i)
+    EXPECT_EQ(members[i].number, int(i + 1));
 }
 
 TEST(LateBinding, CallsByNameWithCoercedArguments) {

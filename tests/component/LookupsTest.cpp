@@ -2,19 +2,16 @@
 #include <gtest/gtest.h>
 
 #include "kavrin/clsPub.h"
+#include "support/ComponentTest.h"
 #include "support/ErrorExpect.h"
-#include "support/SuiteDb.h"
 
 namespace kavrin {
 namespace {
 
-using testing::QueryTrace;
-using testing::SuiteDb;
-
-class Lookups : public ::testing::Test {
+class Lookups : public testing::ComponentTest {
  protected:
   Lookups() {
-    suite_.Exec(
+    Exec(
         "INSERT INTO Inventory (cInvCode, cInvName, iInvRCost, cInvM_Unit) VALUES"
         " ('01', 'Steel plate  ', 12.5, NULL), ('02', NULL, NULL, 'kg');"
         "INSERT INTO VendorClass (cVCCode, cVCName, bVCEnd) VALUES ('01', 'Metals', 1);"
@@ -23,19 +20,12 @@ class Lookups : public ::testing::Test {
         "INSERT INTO AccInformation (cSysID, cName, cValue, cDefault) VALUES"
         " ('AA', 'cGoodClass', ' 2 ', '9'), ('AA', 'cDepLevel', NULL, ' 2 '),"
         " ('AA', 'cProvClass', NULL, NULL);");
-    db_ = suite_.Open();
-    pub_.DBIA(db_);
   }
-
-  SuiteDb suite_;
-  std::shared_ptr<KitDatabase> db_;
-  clsPub pub_;
 };
 
 TEST_F(Lookups, FromToAnswersTheColumnAsStoredOrNull) {
-  QueryTrace trace(*db_);
   EXPECT_EQ(pub_.FromTo(u"cInvCode", u"01", u"iInvRCost", u"Inventory"), Variant(12.5));
-  EXPECT_EQ(trace.texts().back(), u"select iInvRCost as name from Inventory where cInvCode='01'");
+  EXPECT_EQ(Sent().back(), u"select iInvRCost as name from Inventory where cInvCode='01'");
   EXPECT_EQ(pub_.FromTo(u"cInvCode", u"01", u"cInvName", u"Inventory"), Variant(u"Steel plate  "));
   EXPECT_TRUE(pub_.FromTo(u"cInvCode", u"99", u"cInvName", u"Inventory").IsNull());
   EXPECT_TRUE(pub_.FromTo(u"cInvCode", u"02", u"cInvName", u"Inventory").IsNull());
@@ -51,30 +41,28 @@ TEST_F(Lookups, FromToLetsFailuresThrough) {
 }
 
 TEST_F(Lookups, CodeToNameTrapsEverythingIntoTheEmptyString) {
-  QueryTrace trace(*db_);
   EXPECT_EQ(pub_.CodeToName(u"01", 0), u"Steel plate  ") << "not trimmed";
-  EXPECT_EQ(trace.texts().back(), u"select cInvName as name from Inventory where cInvCode='01'");
+  EXPECT_EQ(Sent().back(), u"select cInvName as name from Inventory where cInvCode='01'");
   EXPECT_EQ(pub_.CodeToName(u"1403", 15), u"Raw materials");
-  EXPECT_EQ(trace.texts().back(), u"select ccode_name as name from code where ccode='1403'");
+  EXPECT_EQ(Sent().back(), u"select ccode_name as name from code where ccode='1403'");
   EXPECT_EQ(pub_.CodeToName(u"01", 22), u"Desks");
   EXPECT_EQ(pub_.CodeToName(u"99", 0), u"") << "no such code";
   EXPECT_EQ(pub_.CodeToName(u"02", 0), u"") << "a Null name";
   EXPECT_EQ(pub_.CodeToName(u"0'1", 0), u"") << "a rejected query";
   EXPECT_EQ(pub_.CodeToName(u"01", 8), u"")
       << "vendor classes are asked for cSCName, which the schema lacks";
-  EXPECT_EQ(trace.texts().back(), u"select cSCName as name from VendorClass where cSCCode='01'");
+  EXPECT_EQ(Sent().back(), u"select cSCName as name from VendorClass where cSCCode='01'");
 
-  trace.clear();
+  ClearSent();
   for (int style : {16, 21, 23, 255}) {
     EXPECT_EQ(pub_.CodeToName(u"01", static_cast<uint8_t>(style)), u"");
   }
-  EXPECT_TRUE(trace.texts().empty()) << "styles outside the table make no query";
+  EXPECT_TRUE(Sent().empty()) << "styles outside the table make no query";
 }
 
 TEST_F(Lookups, GetAccInfoTrimsTheValueButNotTheDefault) {
-  QueryTrace trace(*db_);
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cGoodClass"), u"2");
-  EXPECT_EQ(trace.texts().back(),
+  EXPECT_EQ(Sent().back(),
             u"SELECT * FROM AccInformation WHERE cSysID='AA' AND cName='cGoodClass'");
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cDepLevel"), u" 2 ");
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cProvClass"), u"");

@@ -12,7 +12,9 @@ namespace {
 using testing::QueryTrace;
 using testing::SuiteDb;
 
-String Code(const KitRecordset& rs) { return rs.Fields()(u"cRdCode").Value().AsString(); }
+String Code(const KitRecordset& rs) {
+  return rs.Fields()(u"cRdCode").Value().AsString();
+}
 
 TEST(KitRecordset, EmptyAndOneRowResultsCountExactlyFromTheStart) {
   SuiteDb suite;
@@ -45,7 +47,9 @@ TEST(KitRecordset, EmptyAndOneRowResultsCountExactlyFromTheStart) {
 
 TEST(KitRecordset, FieldsAreFoundWithoutRegardToCaseAndShareTheAdoRow) {
   SuiteDb suite;
-  suite.Exec("INSERT INTO AccInformation (cSysID, cName, cValue) VALUES ('AA', 'x', '2'), ('AA', 'y', '3')");
+  suite.Exec(
+      "INSERT INTO AccInformation (cSysID, cName, cValue) VALUES ('AA', 'x', '2'), ('AA', 'y', "
+      "'3')");
   auto rs = suite.Open()->OpenQuery(u"SELECT * FROM AccInformation", 2);
   EXPECT_EQ(rs->Fields()(u"cvalue").Value(), Variant(u"2"));
   EXPECT_EQ(rs->Fields()(u"CVALUE").Value(), rs->Fields()(u"cValue").Value());

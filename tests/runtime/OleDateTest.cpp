@@ -6,7 +6,7 @@
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
 #include "kavrin/OleDate.h"
-#include "runtime/FailsWith.h"
+#include "support/ErrorExpect.h"
 
 namespace kavrin {
 namespace {
@@ -83,7 +83,7 @@ TEST(OleDate, RejectsNumbersWordsAndImpossibleTimes) {
       u"1970 2 Jan", u"2 Jan Feb",  u"-1/2/1970", u"1//2/1970", u"12345-1-1",    u"PM"};
   for (const String& text : rejected) {
     EXPECT_FALSE(ParseDate(text)) << ToUtf8(text);
-    EXPECT_TRUE(FailsWith(errors::kTypeMismatch, [&] { ToDate(text); })) << ToUtf8(text);
+    EXPECT_KAVRIN_ERROR(ToDate(text), errors::kTypeMismatch);
   }
 }
 
@@ -92,8 +92,8 @@ TEST(OleDate, NumbersBecomeDatesWithinTheCalendarRange) {
   EXPECT_EQ(ToDate(true), Date{-1});
   EXPECT_EQ(ToDate(Variant()), Date{0});
   EXPECT_EQ(ToDate(2958465.5), Date{2958465.5});
-  EXPECT_TRUE(FailsWith(errors::kOverflow, [] { ToDate(2958466.0); }));
-  EXPECT_TRUE(FailsWith(errors::kOverflow, [] { ToDate(-657435.0); }));
+  EXPECT_KAVRIN_ERROR(ToDate(2958466.0), errors::kOverflow);
+  EXPECT_KAVRIN_ERROR(ToDate(-657435.0), errors::kOverflow);
   EXPECT_EQ(ToDouble(Date{-1.25}), -1.25);
   EXPECT_EQ(ToLong(Date{2.5}), 2);
 }

@@ -9,7 +9,7 @@ namespace kavrin::tool {
 
 namespace {
 
-using nlohmann::json;
+using json = nlohmann::ordered_json;
 
 VarType ElementType(const std::string& name) {
   for (VarType type : {VarType::Integer, VarType::Long, VarType::Byte, VarType::Double,
@@ -56,18 +56,24 @@ Variant ObjectFromJson(const json& object) {
 Variant ArgumentFromJson(const json& value) {
   try {
     switch (value.type()) {
-      case json::value_t::null: return Variant::Null();
-      case json::value_t::boolean: return value.get<bool>();
-      case json::value_t::string: return FromUtf8(value.get<std::string>());
+      case json::value_t::null:
+        return Variant::Null();
+      case json::value_t::boolean:
+        return value.get<bool>();
+      case json::value_t::string:
+        return FromUtf8(value.get<std::string>());
       case json::value_t::number_integer:
       case json::value_t::number_unsigned: {
         const double d = value.get<double>();
         if (d >= INT32_MIN && d <= INT32_MAX) return static_cast<int32_t>(value.get<int64_t>());
         return d;
       }
-      case json::value_t::number_float: return value.get<double>();
-      case json::value_t::object: return ObjectFromJson(value);
-      default: throw UsageError("unreadable argument: " + value.dump());
+      case json::value_t::number_float:
+        return value.get<double>();
+      case json::value_t::object:
+        return ObjectFromJson(value);
+      default:
+        throw UsageError("unreadable argument: " + value.dump());
     }
   } catch (const json::exception& e) {
     throw UsageError(std::string("unreadable argument: ") + e.what());
@@ -86,23 +92,43 @@ json ValueToJson(const Variant& value) {
   json out;
   out["type"] = ToUtf8(TypeName(value.type()));
   switch (value.type()) {
-    case VarType::Empty: break;
-    case VarType::Missing: out["type"] = "Missing"; break;
-    case VarType::Null: out["value"] = nullptr; break;
-    case VarType::Integer: out["value"] = value.AsInteger(); break;
-    case VarType::Long: out["value"] = value.AsLong(); break;
-    case VarType::Byte: out["value"] = value.AsByte(); break;
-    case VarType::Double: out["value"] = value.AsDouble(); break;
-    case VarType::Boolean: out["value"] = value.AsBoolean(); break;
-    case VarType::Date: out["value"] = ToUtf8(FormatIsoDateTime(value.AsDate())); break;
-    case VarType::String: out["value"] = ToUtf8(value.AsString()); break;
+    case VarType::Empty:
+      break;
+    case VarType::Missing:
+      out["type"] = "Missing";
+      break;
+    case VarType::Null:
+      out["value"] = nullptr;
+      break;
+    case VarType::Integer:
+      out["value"] = value.AsInteger();
+      break;
+    case VarType::Long:
+      out["value"] = value.AsLong();
+      break;
+    case VarType::Byte:
+      out["value"] = value.AsByte();
+      break;
+    case VarType::Double:
+      out["value"] = value.AsDouble();
+      break;
+    case VarType::Boolean:
+      out["value"] = value.AsBoolean();
+      break;
+    case VarType::Date:
+      out["value"] = ToUtf8(FormatIsoDateTime(value.AsDate()));
+      break;
+    case VarType::String:
+      out["value"] = ToUtf8(value.AsString());
+      break;
     case VarType::Object: {
       const auto& object = value.AsObject();
       if (!object) {
         out["value"] = nullptr;
       } else if (auto list = std::dynamic_pointer_cast<ListControl>(object)) {
         json items = json::array();
-        for (const auto& item : list->items()) items.push_back(ToUtf8(item));
+        for (const auto& item : list->items())
+          items.push_back(ToUtf8(item));
         out["value"] = {{"items", items}};
       } else {
         out["value"] = {{"typeName", ToUtf8(object->TypeName())}};
@@ -112,11 +138,13 @@ json ValueToJson(const Variant& value) {
     case VarType::Array: {
       const Array& array = value.AsArray();
       json items = json::array();
-      for (const auto& item : array.items()) items.push_back(ValueToJson(item));
+      for (const auto& item : array.items())
+        items.push_back(ValueToJson(item));
       out["value"] = {{"lbound", array.lbound()}, {"items", items}};
       break;
     }
-    case VarType::Variant: break;
+    case VarType::Variant:
+      break;
   }
   return out;
 }

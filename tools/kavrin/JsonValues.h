@@ -25,8 +25,8 @@ class UsageError : public std::runtime_error {
 // otherwise the plain text.
 Variant ArgumentFromCommandLine(const std::string& arg);
 // The argument a JSON value stands for. Throws UsageError.
-Variant ArgumentFromJson(const nlohmann::json& value);
+Variant ArgumentFromJson(const nlohmann::ordered_json& value);
 
-nlohmann::json ValueToJson(const Variant& value);
+nlohmann::ordered_json ValueToJson(const Variant& value);
 
 }  // namespace kavrin::tool

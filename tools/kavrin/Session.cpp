@@ -6,7 +6,7 @@
 
 namespace kavrin::tool {
 
-using nlohmann::json;
+using json = nlohmann::ordered_json;
 
 // Message boxes are recorded for the answer and answered OK; there is no
 // form, so there is no focused control.
@@ -16,7 +16,8 @@ class RecordingUiHost final : public UiHost {
     throw Error::Runtime(errors::kObjectNotSet);
   }
   int32_t MsgBox(StringView prompt, int32_t buttons, StringView title) override {
-    messages.push_back({{"prompt", ToUtf8(prompt)}, {"buttons", buttons}, {"title", ToUtf8(title)}});
+    messages.push_back(
+        {{"prompt", ToUtf8(prompt)}, {"buttons", buttons}, {"title", ToUtf8(title)}});
     return vbOK;
   }
   json messages = json::array();
@@ -31,13 +32,16 @@ Session::Session(const std::optional<std::string>& db, bool trace)
       throw UsageError("cannot open the database " + *db + ": " + e.what());
     }
     if (trace_) {
-      pub_.DBIA()->Connection()->SetTrace([sql = sql_](StringView text) { sql->emplace_back(text); });
+      pub_.DBIA()->Connection()->SetTrace(
+          [sql = sql_](StringView text) { sql->emplace_back(text); });
     }
   }
   previous_ui_ = SetUiHost(ui_);
 }
 
-Session::~Session() { SetUiHost(previous_ui_); }
+Session::~Session() {
+  SetUiHost(previous_ui_);
+}
 
 json Session::Call(const std::string& method, std::vector<Variant>& args) {
   sql_->clear();
@@ -54,11 +58,13 @@ json Session::Call(const std::string& method, std::vector<Variant>& args) {
                        {"description", ToUtf8(e.description())}};
   }
   json shown = json::array();
-  for (const auto& arg : args) shown.push_back(ValueToJson(arg));
+  for (const auto& arg : args)
+    shown.push_back(ValueToJson(arg));
   answer["args"] = shown;
   if (trace_) {
     json sql = json::array();
-    for (const auto& text : *sql_) sql.push_back(ToUtf8(text));
+    for (const auto& text : *sql_)
+      sql.push_back(ToUtf8(text));
     answer["sql"] = sql;
   }
   if (!ui_->messages.empty()) answer["messages"] = ui_->messages;
@@ -74,7 +80,8 @@ json Session::Request(const std::string& line) {
     std::vector<Variant> args;
     if (request.contains("args")) {
       if (!request["args"].is_array()) throw UsageError("\"args\" must be an array");
-      for (const auto& arg : request["args"]) args.push_back(ArgumentFromJson(arg));
+      for (const auto& arg : request["args"])
+        args.push_back(ArgumentFromJson(arg));
     }
     return Call(request["method"].get<std::string>(), args);
   } catch (const json::exception& e) {

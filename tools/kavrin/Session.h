@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "kavrin/Variant.h"
 #include "kavrin/Host.h"
+#include "kavrin/Variant.h"
 #include "kavrin/clsPub.h"
 
 namespace kavrin::tool {
@@ -23,9 +23,9 @@ class Session {
   ~Session();
 
   // Calls METHOD with `args` and answers {"ok":..., "result"|"error", "args", ...}.
-  nlohmann::json Call(const std::string& method, std::vector<Variant>& args);
+  nlohmann::ordered_json Call(const std::string& method, std::vector<Variant>& args);
   // Answers one JSON request line {"method": "...", "args": [...]}.
-  nlohmann::json Request(const std::string& line);
+  nlohmann::ordered_json Request(const std::string& line);
 
  private:
   clsPub pub_;

@@ -39,8 +39,8 @@ struct Options {
 };
 
 bool LooksLikeNegativeNumber(const std::string& arg) {
-  return arg.size() > 1 && arg[0] == '-' && (std::isdigit(static_cast<unsigned char>(arg[1])) ||
-                                             (arg[1] == '.' && arg.size() > 2));
+  return arg.size() > 1 && arg[0] == '-' &&
+         (std::isdigit(static_cast<unsigned char>(arg[1])) || (arg[1] == '.' && arg.size() > 2));
 }
 
 // Reads the options of a subcommand; throws UsageError for an unknown one.

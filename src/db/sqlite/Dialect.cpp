@@ -76,8 +76,7 @@ void Side(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   if (AnyNull(argc, argv)) return sqlite3_result_null(ctx);
   const sqlite3_int64 n = sqlite3_value_int64(argv[1]);
   if (n < 0) {
-    return sqlite3_result_error(ctx, "Invalid length parameter passed to the right function.",
-                                -1);
+    return sqlite3_result_error(ctx, "Invalid length parameter passed to the right function.", -1);
   }
   int units = 0;
   const char16_t* text = Text16(argv[0], &units);
@@ -93,8 +92,8 @@ void Substring(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   const sqlite3_int64 start = sqlite3_value_int64(argv[1]);
   const sqlite3_int64 length = sqlite3_value_int64(argv[2]);
   if (length < 0) {
-    return sqlite3_result_error(
-        ctx, "Invalid length parameter passed to the substring function.", -1);
+    return sqlite3_result_error(ctx, "Invalid length parameter passed to the substring function.",
+                                -1);
   }
   int units = 0;
   const char16_t* text = Text16(argv[0], &units);
@@ -113,7 +112,9 @@ int CompareWith(void* arg, int na, const void* a, int nb, const void* b) {
                             StringView(static_cast<const char16_t*>(b), nb / 2));
 }
 
-void DestroyCollation(void* arg) { delete static_cast<Collation*>(arg); }
+void DestroyCollation(void* arg) {
+  delete static_cast<Collation*>(arg);
+}
 
 void OnCollationNeeded(void*, sqlite3* db, int, const void* name16) {
   const auto* name = static_cast<const char16_t*>(name16);
@@ -141,11 +142,12 @@ String QuoteCallKeywords(StringView sql) {
       continue;
     }
     size_t end = i;
-    while (end < sql.size() && IsIdentifierChar(sql[end])) ++end;
+    while (end < sql.size() && IsIdentifierChar(sql[end]))
+      ++end;
     const StringView word = sql.substr(i, end - i);
     size_t next = end;
-    while (next < sql.size() && (sql[next] == u' ' || sql[next] == u'\t' || sql[next] == u'\r' ||
-                                 sql[next] == u'\n')) {
+    while (next < sql.size() &&
+           (sql[next] == u' ' || sql[next] == u'\t' || sql[next] == u'\r' || sql[next] == u'\n')) {
       ++next;
     }
     const bool call = next < sql.size() && sql[next] == u'(';

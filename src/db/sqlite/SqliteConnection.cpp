@@ -23,9 +23,9 @@ constexpr int kBusyTimeoutMs = 2000;
   int32_t number = errors::kProviderSyntax;
   if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED) {
     number = errors::kProviderTimeout;
-  } else if (primary == SQLITE_CANTOPEN || primary == SQLITE_NOTADB ||
-             primary == SQLITE_CORRUPT || primary == SQLITE_IOERR || primary == SQLITE_NOMEM ||
-             primary == SQLITE_READONLY || primary == SQLITE_PERM) {
+  } else if (primary == SQLITE_CANTOPEN || primary == SQLITE_NOTADB || primary == SQLITE_CORRUPT ||
+             primary == SQLITE_IOERR || primary == SQLITE_NOMEM || primary == SQLITE_READONLY ||
+             primary == SQLITE_PERM) {
     number = errors::kProviderFailure;
   } else if (std::strncmp(message, "no such table", 13) == 0) {
     number = errors::kProviderNoTable;
@@ -45,8 +45,10 @@ int Authorize(void*, int action, const char*, const char*, const char*, const ch
     case SQLITE_SELECT:
     case SQLITE_READ:
     case SQLITE_FUNCTION:
-    case SQLITE_RECURSIVE: return SQLITE_OK;
-    default: return SQLITE_DENY;
+    case SQLITE_RECURSIVE:
+      return SQLITE_OK;
+    default:
+      return SQLITE_DENY;
   }
 }
 
@@ -60,7 +62,8 @@ class SqliteCursor final : public Cursor {
   SqliteCursor(sqlite3* db, Statement stmt) : db_(db), stmt_(std::move(stmt)) {
     const int count = sqlite3_column_count(stmt_.get());
     columns_.reserve(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i) columns_.push_back(Describe(i));
+    for (int i = 0; i < count; ++i)
+      columns_.push_back(Describe(i));
   }
 
   const std::vector<ColumnInfo>& Columns() const override { return columns_; }
@@ -81,14 +84,17 @@ class SqliteCursor final : public Cursor {
     const int i = static_cast<int>(index);
     Variant stored;
     switch (sqlite3_column_type(stmt, i)) {
-      case SQLITE_NULL: return Variant::Null();
+      case SQLITE_NULL:
+        return Variant::Null();
       case SQLITE_INTEGER: {
         const sqlite3_int64 v = sqlite3_column_int64(stmt, i);
         stored = (v >= INT32_MIN && v <= INT32_MAX) ? Variant(static_cast<int32_t>(v))
                                                     : Variant(static_cast<double>(v));
         break;
       }
-      case SQLITE_FLOAT: stored = sqlite3_column_double(stmt, i); break;
+      case SQLITE_FLOAT:
+        stored = sqlite3_column_double(stmt, i);
+        break;
       default: {
         const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(stmt, i));
         const int bytes = sqlite3_column_bytes16(stmt, i);
@@ -132,12 +138,13 @@ class SqliteConnection final : public Connection {
     const String text = QuoteCallKeywords(sql);
     sqlite3_stmt* raw = nullptr;
     const void* tail = nullptr;
-    const int rc = sqlite3_prepare16_v3(db_, text.data(), static_cast<int>(text.size() * 2), 0,
-                                      &raw, &tail);
+    const int rc =
+        sqlite3_prepare16_v3(db_, text.data(), static_cast<int>(text.size() * 2), 0, &raw, &tail);
     Statement stmt(raw);
     if (rc != SQLITE_OK) Fail(db_, rc);
     if (!stmt) Refuse("The command text holds no statement.");
-    if (HoldsAnotherStatement(tail, text)) Refuse("The command text holds more than one statement.");
+    if (HoldsAnotherStatement(tail, text))
+      Refuse("The command text holds more than one statement.");
     if (!sqlite3_stmt_readonly(stmt.get())) Refuse("Only statements that read are allowed.");
     return std::make_unique<SqliteCursor>(db_, std::move(stmt));
   }
@@ -198,8 +205,7 @@ void Configure(sqlite3* db, bool writable) {
 
 std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable) {
   sqlite3* db = nullptr;
-  const int flags = writable ? (SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE)
-                             : SQLITE_OPEN_READONLY;
+  const int flags = writable ? (SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) : SQLITE_OPEN_READONLY;
   const int rc = sqlite3_open_v2(path.c_str(), &db, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
   if (rc != SQLITE_OK) {
     const String message = FromUtf8(db ? sqlite3_errmsg(db) : sqlite3_errstr(rc));

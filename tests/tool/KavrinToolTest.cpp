@@ -1,0 +1,91 @@
+// The kavrin host from a shell: its JSON answers and exit status.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "support/SuiteDb.h"
+
+#ifdef KAVRIN_TOOL_PATH
+
+namespace kavrin {
+namespace {
+
+struct ToolRun {
+  std::string out;
+  int status;
+};
+
+// Runs kavrin with `args` (shell words) and `input` on its standard input.
+ToolRun Kavrin(const std::string& args, const std::string& input = "") {
+  testing::TempDir dir;
+  const std::string in_path = dir.path() + "/in";
+  std::ofstream(in_path) << input;
+  const std::string command =
+      std::string(KAVRIN_TOOL_PATH) + " " + args + " < " + in_path + " 2>/dev/null";
+  FILE* pipe = popen(command.c_str(), "r");
+  ToolRun run{"", -1};
+  char buffer[4096];
+  size_t n;
+  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0)
+    run.out.append(buffer, n);
+  const int status = pclose(pipe);
+  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return run;
+}
+
+class KavrinTool : public ::testing::Test {
+ protected:
+  testing::SuiteDb suite_{/*demo=*/true};
+  std::string db_ = "--db " + suite_.path();
+};
+
+TEST_F(KavrinTool, CallPrintsOneJsonAnswerWithTheTracedSql) {
+  const ToolRun run = Kavrin("call " + db_ + " --trace CodeToName 010101 0");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out,
+            "{\"ok\":true,\"result\":{\"type\":\"String\",\"value\":\"刨花板 18mm\"},"
+            "\"args\":[{\"type\":\"String\",\"value\":\"010101\"},{\"type\":\"Long\",\"value\":0}],"
+            "\"sql\":[\"select cInvName as name from Inventory where cInvCode='010101'\"]}\n");
+}
+
+TEST_F(KavrinTool, ArgumentsAreJsonWhenTheyParseAndTextOtherwise) {
+  const ToolRun quoted =
+      Kavrin("call " + db_ + " FromTo cInvCode '\"010101\"' iInvRCost Inventory");
+  EXPECT_EQ(quoted.status, 0);
+  EXPECT_NE(quoted.out.find("\"result\":{\"type\":\"Double\",\"value\":86.5}"), std::string::npos)
+      << quoted.out;
+  const ToolRun negative = Kavrin("call " + db_ + " CodeToName 010101 -1");
+  EXPECT_EQ(negative.status, 1) << "-1 is a number argument, and no Byte";
+  EXPECT_NE(negative.out.find("{\"type\":\"Long\",\"value\":-1}"), std::string::npos);
+  EXPECT_NE(negative.out.find("\"number\":6"), std::string::npos) << negative.out;
+}
+
+TEST_F(KavrinTool, ShellAnswersEachRequestOnOneObject) {
+  const ToolRun run = Kavrin("shell " + db_,
+                             "{\"method\":\"GetAccInfo\",\"args\":[\"AA\",\"cGoodClass\"]}\n"
+                             "not json\n"
+                             "{\"method\":\"NoSuchMember\",\"args\":[]}\n");
+  EXPECT_EQ(run.status, 0);
+  const std::string expected_first =
+      "{\"ok\":true,\"result\":{\"type\":\"String\",\"value\":\"223\"},";
+  EXPECT_EQ(run.out.substr(0, expected_first.size()), expected_first);
+  EXPECT_NE(run.out.find("\"usage\":\"unreadable request"), std::string::npos);
+  EXPECT_NE(run.out.find("\"number\":438"), std::string::npos);
+  EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 3);
+}
+
+TEST_F(KavrinTool, UsageErrorsExitWithTwo) {
+  EXPECT_EQ(Kavrin("call --bogus CodeToName 01 0").status, 2);
+  EXPECT_EQ(Kavrin("call --db /no/such/dir/x.db CodeToName 01 0").status, 2);
+  EXPECT_EQ(Kavrin("call " + db_ + " CodeToName '{\"$what\":1}' 0").status, 2);
+  EXPECT_EQ(Kavrin("frobnicate").status, 2);
+  EXPECT_EQ(Kavrin("init-db " + suite_.path()).status, 2) << "the tables exist already";
+}
+
+}  // namespace
+}  // namespace kavrin
+
+#endif  // KAVRIN_TOOL_PATH
