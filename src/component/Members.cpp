@@ -96,7 +96,11 @@ const MemberInfo kMembers[] = {
     {9, u"WhCodeToValueStyle", M::Method, kWhCode, kString, nullptr},
     {10, u"FromTo", M::Method, kFromTo, kVariant,
      [](clsPub& o, A& a) { return o.FromTo(a.Text(0), a.Text(1), a.Text(2), a.Text(3)); }},
-    {11, u"SepCode", M::Method, kSepCode, kString, nullptr},
+    {11, u"SepCode", M::Method, kSepCode, kString,
+     [](clsPub& o, A& a) {
+       String& code = a.TextRef(0);
+       return Variant(o.SepCode(code, a.Value(1)));
+     }},
     {12, u"FormatNum", M::Method, kFormatNum, kString,
      [](clsPub& o, A& a) {
        const double num = a.Double(0);
