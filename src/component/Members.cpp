@@ -85,7 +85,11 @@ const MemberInfo kMembers[] = {
     {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString, nullptr},
     {4, u"CheckInv", M::Method, kCheckInv, kString, nullptr},
     {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString, nullptr},
-    {6, u"TextSelected", M::Method, kNone0, kNone, nullptr},
+    {6, u"TextSelected", M::Method, kNone0, kNone,
+     [](clsPub& o, A&) {
+       o.TextSelected();
+       return Variant();
+     }},
     {7, u"GetAccInfo", M::Method, kGetAccInfo, kString,
      [](clsPub& o, A& a) { return Variant(o.GetAccInfo(a.Text(0), a.Text(1))); }},
     {8, u"init", M::Method, kInit, kNone,
