@@ -136,8 +136,16 @@ const MemberInfo kMembers[] = {
        return Variant();
      }},
     {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean, nullptr},
-    {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone, nullptr},
-    {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone, nullptr},
+    {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvUseFreeNew(a.Text(0), a.Value(1));
+       return Variant();
+     }},
+    {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvUseFree(a.Text(0), a.BooleanRef(1), a.BooleanRef(2));
+       return Variant();
+     }},
     {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone, nullptr},
     {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger, nullptr},
 };
