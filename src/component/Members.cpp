@@ -146,7 +146,11 @@ const MemberInfo kMembers[] = {
        o.GetInvUseFree(a.Text(0), a.BooleanRef(1), a.BooleanRef(2));
        return Variant();
      }},
-    {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone, nullptr},
+    {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvDifHead(a.Text(0), a.Text(1), a.Text(2), a.TextRef(3), a.TextRef(4));
+       return Variant();
+     }},
     {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger, nullptr},
 };
 
