@@ -154,14 +154,5 @@ TEST_F(WarehouseDepartments, WithoutADatabaseOnlyTheWrappersStaySilent) {
   EXPECT_TRUE(list_->items.empty());
 }
 
-TEST_F(WarehouseDepartments, LateBoundFillCboCKFillsTheCallersList) {
-  std::vector<Variant> args{cbo_, u"D1"};
-  pub_.Call(u"fillcbock", args);
-  EXPECT_EQ(list_->items.size(), 2u);
-  std::vector<Variant> all{cbo_};
-  pub_.Call(u"FillCboCK", all);
-  EXPECT_EQ(list_->items.size(), 5u) << "an omitted department lists every warehouse";
-}
-
 }  // namespace
 }  // namespace kavrin
