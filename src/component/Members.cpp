@@ -97,7 +97,8 @@ const MemberInfo kMembers[] = {
        o.init(a.Text(0), a.Text(1));
        return Variant();
      }},
-    {9, u"WhCodeToValueStyle", M::Method, kWhCode, kString, nullptr},
+    {9, u"WhCodeToValueStyle", M::Method, kWhCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.WhCodeToValueStyle(a.Text(0))); }},
     {10, u"FromTo", M::Method, kFromTo, kVariant,
      [](clsPub& o, A& a) { return o.FromTo(a.Text(0), a.Text(1), a.Text(2), a.Text(3)); }},
     {11, u"SepCode", M::Method, kSepCode, kString,
@@ -114,12 +115,18 @@ const MemberInfo kMembers[] = {
      [](clsPub& o, A& a) { return Variant(o.ReFormat(a.Text(0))); }},
     {14, u"CodeToName", M::Method, kCodeToName, kString,
      [](clsPub& o, A& a) { return Variant(o.CodeToName(a.Text(0), a.Byte(1))); }},
-    {15, u"InvCodeToUnit", M::Method, kCCode, kString, nullptr},
-    {16, u"WhCodeToDep", M::Method, kWhCode, kString, nullptr},
-    {17, u"InvCodeToUnitPrice", M::Method, kCode, kDouble, nullptr},
-    {18, u"InvCodeToClass", M::Method, kCCode, kString, nullptr},
-    {19, u"InvIsBatch", M::Method, kCCode, kVariant, nullptr},
-    {20, u"DepCodeToValueStyle", M::Method, kCode, kString, nullptr},
+    {15, u"InvCodeToUnit", M::Method, kCCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.InvCodeToUnit(a.Text(0))); }},
+    {16, u"WhCodeToDep", M::Method, kWhCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.WhCodeToDep(a.Text(0))); }},
+    {17, u"InvCodeToUnitPrice", M::Method, kCode, kDouble,
+     [](clsPub& o, A& a) { return Variant(o.InvCodeToUnitPrice(a.Text(0))); }},
+    {18, u"InvCodeToClass", M::Method, kCCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.InvCodeToClass(a.Text(0))); }},
+    {19, u"InvIsBatch", M::Method, kCCode, kVariant,
+     [](clsPub& o, A& a) { return o.InvIsBatch(a.Text(0)); }},
+    {20, u"DepCodeToValueStyle", M::Method, kCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.DepCodeToValueStyle(a.Text(0))); }},
     {21, u"CurPeriod", M::Method, kNone0, kVariant, nullptr},
     {22, u"FormatNum1", M::Method, kFormatNum1, kString,
      [](clsPub& o, A& a) {
@@ -134,17 +141,35 @@ const MemberInfo kMembers[] = {
     {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte, nullptr},
     {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString, nullptr},
     {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString, nullptr},
-    {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean, nullptr},
+    {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean,
+     [](clsPub& o, A& a) { return Variant(o.InvCodeIsTorF(a.Text(0), a.Text(1))); }},
     {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString, nullptr},
     {31, u"SubMaxKeepDate", M::Method, kNone0, VarType::Date, nullptr},
-    {32, u"DepCode2WhCode", M::Method, kDepCode2WhCode, kString, nullptr},
+    {32, u"DepCode2WhCode", M::Method, kDepCode2WhCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.DepCode2WhCode(a.Text(0))); }},
     {33, u"IsEndHandled", M::Method, kIsEndHandled, kBoolean, nullptr},
     {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger, nullptr},
-    {35, u"FillCboCK", M::Method, kFillCboCK, kNone, nullptr},
+    {35, u"FillCboCK", M::Method, kFillCboCK, kNone,
+     [](clsPub& o, A& a) {
+       o.FillCboCK(a.Value(0), a.Text(1));
+       return Variant();
+     }},
     {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean, nullptr},
-    {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone, nullptr},
-    {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone, nullptr},
-    {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone, nullptr},
+    {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvUseFreeNew(a.Text(0), a.Value(1));
+       return Variant();
+     }},
+    {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvUseFree(a.Text(0), a.BooleanRef(1), a.BooleanRef(2));
+       return Variant();
+     }},
+    {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvDifHead(a.Text(0), a.Text(1), a.Text(2), a.TextRef(3), a.TextRef(4));
+       return Variant();
+     }},
     {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger, nullptr},
 };
 
