@@ -120,13 +120,15 @@ const MemberInfo kMembers[] = {
     {31, u"SubMaxKeepDate", M::Method, kNone0, VarType::Date, nullptr},
     {32, u"DepCode2WhCode", M::Method, kDepCode2WhCode, kString, nullptr},
     {33, u"IsEndHandled", M::Method, kIsEndHandled, kBoolean, nullptr},
-    {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger, nullptr},
+    {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger,
+     [](clsPub& o, A& a) { return Variant(o.CodeGrade2Length(a.Integer(0), a.Integer(1))); }},
     {35, u"FillCboCK", M::Method, kFillCboCK, kNone, nullptr},
     {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean, nullptr},
     {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone, nullptr},
     {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone, nullptr},
     {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone, nullptr},
-    {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger, nullptr},
+    {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger,
+     [](clsPub& o, A& a) { return Variant(o.GetCodeLen(a.Text(0))); }},
 };
 
 bool IsPut(InvokeKind kind) {
