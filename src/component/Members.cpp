@@ -83,8 +83,12 @@ const MemberInfo kMembers[] = {
        return Variant();
      }},
     {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString, nullptr},
-    {4, u"CheckInv", M::Method, kCheckInv, kString, nullptr},
-    {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString, nullptr},
+    {4, u"CheckInv", M::Method, kCheckInv, kString,
+     [](clsPub& o, A& a) { return Variant(o.CheckInv(a.Text(0), a.Boolean(1))); }},
+    {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString,
+     [](clsPub& o, A& a) {
+       return Variant(o.CheckDirNoGrade(a.Text(0), a.Integer(1), a.Boolean(2)));
+     }},
     {6, u"TextSelected", M::Method, kNone0, kNone, nullptr},
     {7, u"GetAccInfo", M::Method, kGetAccInfo, kString,
      [](clsPub& o, A& a) { return Variant(o.GetAccInfo(a.Text(0), a.Text(1))); }},
