@@ -82,7 +82,10 @@ const MemberInfo kMembers[] = {
        o.DBIA(std::move(db));
        return Variant();
      }},
-    {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString, nullptr},
+    {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString,
+     [](clsPub& o, A& a) {
+       return Variant(o.CheckDirGrade(a.Text(0), a.Boolean(1), a.Integer(2), a.Boolean(3)));
+     }},
     {4, u"CheckInv", M::Method, kCheckInv, kString,
      [](clsPub& o, A& a) { return Variant(o.CheckInv(a.Text(0), a.Boolean(1))); }},
     {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString,
