@@ -82,9 +82,16 @@ const MemberInfo kMembers[] = {
        o.DBIA(std::move(db));
        return Variant();
      }},
-    {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString, nullptr},
-    {4, u"CheckInv", M::Method, kCheckInv, kString, nullptr},
-    {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString, nullptr},
+    {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString,
+     [](clsPub& o, A& a) {
+       return Variant(o.CheckDirGrade(a.Text(0), a.Boolean(1), a.Integer(2), a.Boolean(3)));
+     }},
+    {4, u"CheckInv", M::Method, kCheckInv, kString,
+     [](clsPub& o, A& a) { return Variant(o.CheckInv(a.Text(0), a.Boolean(1))); }},
+    {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString,
+     [](clsPub& o, A& a) {
+       return Variant(o.CheckDirNoGrade(a.Text(0), a.Integer(1), a.Boolean(2)));
+     }},
     {6, u"TextSelected", M::Method, kNone0, kNone,
      [](clsPub& o, A&) {
        o.TextSelected();
@@ -137,18 +144,22 @@ const MemberInfo kMembers[] = {
      }},
     {23, u"JustID2Code", M::Method, kJustID2Code, kString, nullptr},
     {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean, nullptr},
-    {25, u"CheckWareDep", M::Method, kNone0, kBoolean, nullptr},
+    {25, u"CheckWareDep", M::Method, kNone0, kBoolean,
+     [](clsPub& o, A&) { return Variant(o.CheckWareDep()); }},
     {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte, nullptr},
     {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString, nullptr},
-    {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString, nullptr},
+    {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString,
+     [](clsPub& o, A& a) { return Variant(o.CheckAssDep(a.Text(0), a.Boolean(1))); }},
     {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean,
      [](clsPub& o, A& a) { return Variant(o.InvCodeIsTorF(a.Text(0), a.Text(1))); }},
-    {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString, nullptr},
+    {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString,
+     [](clsPub& o, A& a) { return Variant(o.CheckAccDep(a.Text(0), a.Boolean(1))); }},
     {31, u"SubMaxKeepDate", M::Method, kNone0, VarType::Date, nullptr},
     {32, u"DepCode2WhCode", M::Method, kDepCode2WhCode, kString,
      [](clsPub& o, A& a) { return Variant(o.DepCode2WhCode(a.Text(0))); }},
     {33, u"IsEndHandled", M::Method, kIsEndHandled, kBoolean, nullptr},
-    {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger, nullptr},
+    {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger,
+     [](clsPub& o, A& a) { return Variant(o.CodeGrade2Length(a.Integer(0), a.Integer(1))); }},
     {35, u"FillCboCK", M::Method, kFillCboCK, kNone,
      [](clsPub& o, A& a) {
        o.FillCboCK(a.Value(0), a.Text(1));
@@ -170,7 +181,8 @@ const MemberInfo kMembers[] = {
        o.GetInvDifHead(a.Text(0), a.Text(1), a.Text(2), a.TextRef(3), a.TextRef(4));
        return Variant();
      }},
-    {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger, nullptr},
+    {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger,
+     [](clsPub& o, A& a) { return Variant(o.GetCodeLen(a.Text(0))); }},
 };
 
 bool IsPut(InvokeKind kind) {
