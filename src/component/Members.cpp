@@ -1,5 +1,6 @@
 // The interface of clsPub in its fixed order, and late binding over it.
 #include "component/CallArguments.h"
+#include "kavrin/Dao.h"
 #include "kavrin/Error.h"
 #include "kavrin/clsPub.h"
 
@@ -110,7 +111,13 @@ const MemberInfo kMembers[] = {
     {21, u"CurPeriod", M::Method, kNone0, kVariant, nullptr},
     {22, u"FormatNum1", M::Method, kFormatNum1, kString, nullptr},
     {23, u"JustID2Code", M::Method, kJustID2Code, kString, nullptr},
-    {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean, nullptr},
+    {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean,
+     [](clsPub& o, A& a) {
+       const auto& object = a.Value(0).AsObject();
+       auto db = std::dynamic_pointer_cast<dao::Database>(object);
+       if (object && !db) throw Error::Runtime(errors::kTypeMismatch);
+       return Variant(o.ExistTableQueryDAO(db, a.Text(1), a.Boolean(2)));
+     }},
     {25, u"CheckWareDep", M::Method, kNone0, kBoolean, nullptr},
     {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte, nullptr},
     {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString, nullptr},
