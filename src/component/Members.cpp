@@ -110,7 +110,8 @@ const MemberInfo kMembers[] = {
     {20, u"DepCodeToValueStyle", M::Method, kCode, kString, nullptr},
     {21, u"CurPeriod", M::Method, kNone0, kVariant, nullptr},
     {22, u"FormatNum1", M::Method, kFormatNum1, kString, nullptr},
-    {23, u"JustID2Code", M::Method, kJustID2Code, kString, nullptr},
+    {23, u"JustID2Code", M::Method, kJustID2Code, kString,
+     [](clsPub& o, A& a) { return Variant(o.JustID2Code(a.Long(0))); }},
     {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean,
      [](clsPub& o, A& a) {
        const auto& object = a.Value(0).AsObject();
@@ -120,7 +121,8 @@ const MemberInfo kMembers[] = {
      }},
     {25, u"CheckWareDep", M::Method, kNone0, kBoolean, nullptr},
     {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte, nullptr},
-    {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString, nullptr},
+    {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString,
+     [](clsPub& o, A& a) { return Variant(o.JustIDs2CorBusType(a.Long(0), a.Boolean(1))); }},
     {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString, nullptr},
     {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean, nullptr},
     {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString, nullptr},
