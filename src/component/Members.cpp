@@ -86,7 +86,11 @@ const MemberInfo kMembers[] = {
     {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString, nullptr},
     {4, u"CheckInv", M::Method, kCheckInv, kString, nullptr},
     {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString, nullptr},
-    {6, u"TextSelected", M::Method, kNone0, kNone, nullptr},
+    {6, u"TextSelected", M::Method, kNone0, kNone,
+     [](clsPub& o, A&) {
+       o.TextSelected();
+       return Variant();
+     }},
     {7, u"GetAccInfo", M::Method, kGetAccInfo, kString,
      [](clsPub& o, A& a) { return Variant(o.GetAccInfo(a.Text(0), a.Text(1))); }},
     {8, u"init", M::Method, kInit, kNone,
@@ -97,9 +101,18 @@ const MemberInfo kMembers[] = {
     {9, u"WhCodeToValueStyle", M::Method, kWhCode, kString, nullptr},
     {10, u"FromTo", M::Method, kFromTo, kVariant,
      [](clsPub& o, A& a) { return o.FromTo(a.Text(0), a.Text(1), a.Text(2), a.Text(3)); }},
-    {11, u"SepCode", M::Method, kSepCode, kString, nullptr},
-    {12, u"FormatNum", M::Method, kFormatNum, kString, nullptr},
-    {13, u"ReFormat", M::Method, kReFormat, kDouble, nullptr},
+    {11, u"SepCode", M::Method, kSepCode, kString,
+     [](clsPub& o, A& a) {
+       String& code = a.TextRef(0);
+       return Variant(o.SepCode(code, a.Value(1)));
+     }},
+    {12, u"FormatNum", M::Method, kFormatNum, kString,
+     [](clsPub& o, A& a) {
+       const double num = a.Double(0);
+       return Variant(o.FormatNum(num, a.Value(1)));
+     }},
+    {13, u"ReFormat", M::Method, kReFormat, kDouble,
+     [](clsPub& o, A& a) { return Variant(o.ReFormat(a.Text(0))); }},
     {14, u"CodeToName", M::Method, kCodeToName, kString,
      [](clsPub& o, A& a) { return Variant(o.CodeToName(a.Text(0), a.Byte(1))); }},
     {15, u"InvCodeToUnit", M::Method, kCCode, kString, nullptr},
@@ -109,7 +122,13 @@ const MemberInfo kMembers[] = {
     {19, u"InvIsBatch", M::Method, kCCode, kVariant, nullptr},
     {20, u"DepCodeToValueStyle", M::Method, kCode, kString, nullptr},
     {21, u"CurPeriod", M::Method, kNone0, kVariant, [](clsPub& o, A&) { return o.CurPeriod(); }},
-    {22, u"FormatNum1", M::Method, kFormatNum1, kString, nullptr},
+    {22, u"FormatNum1", M::Method, kFormatNum1, kString,
+     [](clsPub& o, A& a) {
+       // Read in order, so that the first unreadable argument is the one reported.
+       const double num = a.Double(0);
+       const int16_t decimal_length = a.Integer(1);
+       return Variant(o.FormatNum1(num, decimal_length, a.Value(2)));
+     }},
     {23, u"JustID2Code", M::Method, kJustID2Code, kString,
      [](clsPub& o, A& a) { return Variant(o.JustID2Code(a.Long(0))); }},
     {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean,
