@@ -136,13 +136,17 @@ const MemberInfo kMembers[] = {
        const auto& object = a.Value(0).AsObject();
        auto db = std::dynamic_pointer_cast<dao::Database>(object);
        if (object && !db) throw Error::Runtime(errors::kTypeMismatch);
-       return Variant(o.ExistTableQueryDAO(db, a.Text(1), a.Boolean(2)));
+       const String name = a.Text(1);  // read in order: the first unreadable one is reported
+       return Variant(o.ExistTableQueryDAO(db, name, a.Boolean(2)));
      }},
     {25, u"CheckWareDep", M::Method, kNone0, kBoolean, nullptr},
     {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte,
      [](clsPub& o, A& a) { return Variant(o.StartAccMonth(a.TextRef(0))); }},
     {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString,
-     [](clsPub& o, A& a) { return Variant(o.JustIDs2CorBusType(a.Long(0), a.Boolean(1))); }},
+     [](clsPub& o, A& a) {
+       const int32_t id = a.Long(0);
+       return Variant(o.JustIDs2CorBusType(id, a.Boolean(1)));
+     }},
     {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString, nullptr},
     {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean, nullptr},
     {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString, nullptr},
@@ -153,7 +157,10 @@ const MemberInfo kMembers[] = {
     {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger, nullptr},
     {35, u"FillCboCK", M::Method, kFillCboCK, kNone, nullptr},
     {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean,
-     [](clsPub& o, A& a) { return Variant(o.GetMonthState(a.Text(0), a.Integer(1))); }},
+     [](clsPub& o, A& a) {
+       const String sys_id = a.Text(0);
+       return Variant(o.GetMonthState(sys_id, a.Integer(1)));
+     }},
     {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone, nullptr},
     {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone, nullptr},
     {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone, nullptr},

@@ -138,6 +138,10 @@ TEST_F(PeriodState, LateBoundPeriodMembersAnswerTheirDeclaredTypes) {
   std::vector<Variant> state{Variant(u"GL"), Variant(u"1")};
   EXPECT_EQ(pub_.Invoke(u"GetMonthState", InvokeKind::Method, state), Variant(true));
   EXPECT_EQ(state[1], Variant(u"1")) << "arguments are not changed";
+  // Arguments are read in order, whatever the compiler: the first bad one is reported.
+  std::vector<Variant> both_bad{Variant::Null(), Variant(u"x")};
+  EXPECT_KAVRIN_ERROR(pub_.Invoke(u"GetMonthState", InvokeKind::Method, both_bad),
+                      errors::kInvalidUseOfNull);
 }
 
 }  // namespace
