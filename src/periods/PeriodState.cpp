@@ -2,7 +2,7 @@
 // where the books of inventory accounting stand.
 #include "data/Access.h"
 #include "kavrin/Convert.h"
-#include "kavrin/Error.h"
+#include "kavrin/Format.h"
 #include "kavrin/OleDate.h"
 #include "kavrin/clsPub.h"
 
@@ -68,6 +68,22 @@ bool clsPub::GetMonthState(const String& strSysID, int16_t intMonth) {
   if (!rs->Eof()) closed = ToBoolean(rs->Fields().Item(0).Value());
   rs->Close();
   return closed;
+}
+
+bool clsPub::IsEndHandled(uint8_t /*iMonth*/) {
+  // The month asked about is never read: every warehouse is compared with the
+  // current period, as two digits ("03", and "00" while no period is closed).
+  const String period = FormatNumber(ToString(CurPeriod()), u"00");
+  const String sql =
+      u"SELECT cWhCode , cMonth from Warehouse WHERE "
+      u" RIGHT(cMonth,2)<>'" +
+      period +
+      u"'"
+      u" OR cMonth is NULL";
+  auto rs = data::OpenKit(Database(), sql);
+  const bool all_carry_it = data::HoldsNoRow(*rs);
+  rs->Close();
+  return all_carry_it;
 }
 
 Date clsPub::SubMaxKeepDate() {

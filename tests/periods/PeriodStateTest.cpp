@@ -37,6 +37,46 @@ TEST_F(PeriodState, CurPeriodIsZeroUntilAPeriodClosesAndStaysTwelveAfterDecember
   EXPECT_EQ(pub_.CurPeriod(), Variant(int16_t{12})) << "December closed: still 12, not 13";
 }
 
+TEST_F(PeriodState, IsEndHandledComparesEveryWarehouseWithTheCurrentPeriodOnly) {
+  const String warehouses_off = u"SELECT cWhCode , cMonth from Warehouse WHERE  RIGHT(cMonth,2)<>'";
+  EXPECT_TRUE(pub_.IsEndHandled(5)) << "no warehouses at all";
+  ASSERT_EQ(Sent().size(), 2u);
+  EXPECT_EQ(Sent()[0], u"SELECT MAX(iPeriod) AS CurMonth FROM GL_mEnd WHERE bFlag_IA=1");
+  EXPECT_EQ(Sent()[1], warehouses_off + u"00' OR cMonth is NULL")
+      << "no period closed: compared with 00";
+
+  Exec(
+      "INSERT INTO GL_mEnd (iPeriod, bFlag_IA) VALUES (1, 1), (2, 1);"
+      "INSERT INTO Warehouse (cWhCode, cMonth) VALUES ('01', '2024-03'), ('02', '202403')");
+  EXPECT_TRUE(pub_.IsEndHandled(5));
+  EXPECT_EQ(Sent().back(), warehouses_off + u"03' OR cMonth is NULL");
+  EXPECT_TRUE(pub_.IsEndHandled(9)) << "the argument is never read";
+  EXPECT_TRUE(pub_.IsEndHandled(0));
+
+  Exec("INSERT INTO Warehouse (cWhCode, cMonth) VALUES ('03', '3')");
+  EXPECT_FALSE(pub_.IsEndHandled(3)) << "a one-character month is not 03";
+  Exec(
+      "DELETE FROM Warehouse WHERE cWhCode = '03';"
+      "INSERT INTO Warehouse (cWhCode, cMonth) VALUES ('04', NULL)");
+  EXPECT_FALSE(pub_.IsEndHandled(3)) << "a warehouse without a month";
+
+  Exec(
+      "DELETE FROM Warehouse;"
+      "INSERT INTO Warehouse (cWhCode, cMonth) VALUES ('01', '2024-12');"
+      "INSERT INTO GL_mEnd (iPeriod, bFlag_IA) VALUES (11, 1)");
+  EXPECT_TRUE(pub_.IsEndHandled(1));
+  EXPECT_EQ(Sent().back(), warehouses_off + u"12' OR cMonth is NULL");
+  Exec("INSERT INTO GL_mEnd (iPeriod, bFlag_IA) VALUES (12, 1)");
+  EXPECT_TRUE(pub_.IsEndHandled(1)) << "still 12 after December";
+
+  clsPub unconnected;
+  EXPECT_KAVRIN_ERROR(unconnected.IsEndHandled(1), errors::kNoConnection);
+  std::vector<Variant> too_big{int32_t{256}};
+  EXPECT_KAVRIN_ERROR(pub_.Invoke(u"IsEndHandled", InvokeKind::Method, too_big), errors::kOverflow);
+  std::vector<Variant> month{Variant(u"7")};
+  EXPECT_EQ(pub_.Invoke(u"IsEndHandled", InvokeKind::Method, month), Variant(true));
+}
+
 TEST_F(PeriodState, GetMonthStateChoosesTheFlagColumnByTheExactSystemId) {
   Exec(
       "INSERT INTO GL_mEnd (iPeriod, bFlag, bFlag_IA, bFlag_PU) VALUES"
