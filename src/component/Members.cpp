@@ -1,5 +1,6 @@
 // The interface of clsPub in its fixed order, and late binding over it.
 #include "component/CallArguments.h"
+#include "kavrin/Dao.h"
 #include "kavrin/Error.h"
 #include "kavrin/clsPub.h"
 
@@ -134,7 +135,7 @@ const MemberInfo kMembers[] = {
      [](clsPub& o, A& a) { return o.InvIsBatch(a.Text(0)); }},
     {20, u"DepCodeToValueStyle", M::Method, kCode, kString,
      [](clsPub& o, A& a) { return Variant(o.DepCodeToValueStyle(a.Text(0))); }},
-    {21, u"CurPeriod", M::Method, kNone0, kVariant, nullptr},
+    {21, u"CurPeriod", M::Method, kNone0, kVariant, [](clsPub& o, A&) { return o.CurPeriod(); }},
     {22, u"FormatNum1", M::Method, kFormatNum1, kString,
      [](clsPub& o, A& a) {
        // Read in order, so that the first unreadable argument is the one reported.
@@ -142,22 +143,37 @@ const MemberInfo kMembers[] = {
        const int16_t decimal_length = a.Integer(1);
        return Variant(o.FormatNum1(num, decimal_length, a.Value(2)));
      }},
-    {23, u"JustID2Code", M::Method, kJustID2Code, kString, nullptr},
-    {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean, nullptr},
+    {23, u"JustID2Code", M::Method, kJustID2Code, kString,
+     [](clsPub& o, A& a) { return Variant(o.JustID2Code(a.Long(0))); }},
+    {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean,
+     [](clsPub& o, A& a) {
+       const auto& object = a.Value(0).AsObject();
+       auto db = std::dynamic_pointer_cast<dao::Database>(object);
+       if (object && !db) throw Error::Runtime(errors::kTypeMismatch);
+       const String name = a.Text(1);  // read in order: the first unreadable one is reported
+       return Variant(o.ExistTableQueryDAO(db, name, a.Boolean(2)));
+     }},
     {25, u"CheckWareDep", M::Method, kNone0, kBoolean,
      [](clsPub& o, A&) { return Variant(o.CheckWareDep()); }},
-    {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte, nullptr},
-    {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString, nullptr},
+    {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte,
+     [](clsPub& o, A& a) { return Variant(o.StartAccMonth(a.TextRef(0))); }},
+    {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString,
+     [](clsPub& o, A& a) {
+       const int32_t id = a.Long(0);
+       return Variant(o.JustIDs2CorBusType(id, a.Boolean(1)));
+     }},
     {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString,
      [](clsPub& o, A& a) { return Variant(o.CheckAssDep(a.Text(0), a.Boolean(1))); }},
     {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean,
      [](clsPub& o, A& a) { return Variant(o.InvCodeIsTorF(a.Text(0), a.Text(1))); }},
     {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString,
      [](clsPub& o, A& a) { return Variant(o.CheckAccDep(a.Text(0), a.Boolean(1))); }},
-    {31, u"SubMaxKeepDate", M::Method, kNone0, VarType::Date, nullptr},
+    {31, u"SubMaxKeepDate", M::Method, kNone0, VarType::Date,
+     [](clsPub& o, A&) { return Variant(o.SubMaxKeepDate()); }},
     {32, u"DepCode2WhCode", M::Method, kDepCode2WhCode, kString,
      [](clsPub& o, A& a) { return Variant(o.DepCode2WhCode(a.Text(0))); }},
-    {33, u"IsEndHandled", M::Method, kIsEndHandled, kBoolean, nullptr},
+    {33, u"IsEndHandled", M::Method, kIsEndHandled, kBoolean,
+     [](clsPub& o, A& a) { return Variant(o.IsEndHandled(a.Byte(0))); }},
     {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger,
      [](clsPub& o, A& a) { return Variant(o.CodeGrade2Length(a.Integer(0), a.Integer(1))); }},
     {35, u"FillCboCK", M::Method, kFillCboCK, kNone,
@@ -165,7 +181,11 @@ const MemberInfo kMembers[] = {
        o.FillCboCK(a.Value(0), a.Text(1));
        return Variant();
      }},
-    {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean, nullptr},
+    {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean,
+     [](clsPub& o, A& a) {
+       const String sys_id = a.Text(0);
+       return Variant(o.GetMonthState(sys_id, a.Integer(1)));
+     }},
     {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone,
      [](clsPub& o, A& a) {
        o.GetInvUseFreeNew(a.Text(0), a.Value(1));

@@ -77,6 +77,26 @@ TEST_F(KavrinTool, ShellAnswersEachRequestOnOneObject) {
   EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 3);
 }
 
+TEST_F(KavrinTool, DaoArgumentsOpenADesktopDatabase) {
+  // The suite database serves as a desktop database too: its tables are
+  // table definitions, and it holds no stored query.
+  const std::string dao = "'{\"$dao\":\"" + suite_.path() + "\"}'";
+  const ToolRun table = Kavrin("call ExistTableQueryDAO " + dao + " inventory");
+  EXPECT_EQ(table.status, 0);
+  EXPECT_EQ(table.out,
+            "{\"ok\":true,\"result\":{\"type\":\"Boolean\",\"value\":true},\"args\":["
+            "{\"type\":\"Object\",\"value\":{\"typeName\":\"Database\",\"name\":\"" +
+                suite_.path() + "\"}},{\"type\":\"String\",\"value\":\"inventory\"}]}\n");
+  const ToolRun query = Kavrin("call ExistTableQueryDAO " + dao + " Inventory true");
+  EXPECT_NE(query.out.find("\"result\":{\"type\":\"Boolean\",\"value\":false}"), std::string::npos)
+      << query.out;
+  const ToolRun nothing = Kavrin("call ExistTableQueryDAO '{\"$nothing\":true}' Inventory");
+  EXPECT_NE(nothing.out.find("\"result\":{\"type\":\"Boolean\",\"value\":true}"), std::string::npos)
+      << nothing.out;
+  EXPECT_EQ(Kavrin("call ExistTableQueryDAO '{\"$dao\":\"/no/such/dir/x.db\"}' T").status, 2);
+  EXPECT_EQ(Kavrin("call ExistTableQueryDAO '{\"$dao\":1}' T").status, 2);
+}
+
 TEST_F(KavrinTool, UsageErrorsExitWithTwo) {
   EXPECT_EQ(Kavrin("call --bogus CodeToName 01 0").status, 2);
   EXPECT_EQ(Kavrin("call --db /no/such/dir/x.db CodeToName 01 0").status, 2);
