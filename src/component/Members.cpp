@@ -115,10 +115,7 @@ const MemberInfo kMembers[] = {
        return Variant(o.SepCode(code, a.Value(1)));
      }},
     {12, u"FormatNum", M::Method, kFormatNum, kString,
-     [](clsPub& o, A& a) {
-       const double num = a.Double(0);
-       return Variant(o.FormatNum(num, a.Value(1)));
-     }},
+     [](clsPub& o, A& a) { return Variant(o.FormatNum(a.Double(0), a.Value(1))); }},
     {13, u"ReFormat", M::Method, kReFormat, kDouble,
      [](clsPub& o, A& a) { return Variant(o.ReFormat(a.Text(0))); }},
     {14, u"CodeToName", M::Method, kCodeToName, kString,
@@ -137,12 +134,7 @@ const MemberInfo kMembers[] = {
      [](clsPub& o, A& a) { return Variant(o.DepCodeToValueStyle(a.Text(0))); }},
     {21, u"CurPeriod", M::Method, kNone0, kVariant, [](clsPub& o, A&) { return o.CurPeriod(); }},
     {22, u"FormatNum1", M::Method, kFormatNum1, kString,
-     [](clsPub& o, A& a) {
-       // Read in order, so that the first unreadable argument is the one reported.
-       const double num = a.Double(0);
-       const int16_t decimal_length = a.Integer(1);
-       return Variant(o.FormatNum1(num, decimal_length, a.Value(2)));
-     }},
+     [](clsPub& o, A& a) { return Variant(o.FormatNum1(a.Double(0), a.Integer(1), a.Value(2))); }},
     {23, u"JustID2Code", M::Method, kJustID2Code, kString,
      [](clsPub& o, A& a) { return Variant(o.JustID2Code(a.Long(0))); }},
     {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean,
@@ -150,18 +142,14 @@ const MemberInfo kMembers[] = {
        const auto& object = a.Value(0).AsObject();
        auto db = std::dynamic_pointer_cast<dao::Database>(object);
        if (object && !db) throw Error::Runtime(errors::kTypeMismatch);
-       const String name = a.Text(1);  // read in order: the first unreadable one is reported
-       return Variant(o.ExistTableQueryDAO(db, name, a.Boolean(2)));
+       return Variant(o.ExistTableQueryDAO(db, a.Text(1), a.Boolean(2)));
      }},
     {25, u"CheckWareDep", M::Method, kNone0, kBoolean,
      [](clsPub& o, A&) { return Variant(o.CheckWareDep()); }},
     {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte,
      [](clsPub& o, A& a) { return Variant(o.StartAccMonth(a.TextRef(0))); }},
     {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString,
-     [](clsPub& o, A& a) {
-       const int32_t id = a.Long(0);
-       return Variant(o.JustIDs2CorBusType(id, a.Boolean(1)));
-     }},
+     [](clsPub& o, A& a) { return Variant(o.JustIDs2CorBusType(a.Long(0), a.Boolean(1))); }},
     {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString,
      [](clsPub& o, A& a) { return Variant(o.CheckAssDep(a.Text(0), a.Boolean(1))); }},
     {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean,
@@ -182,10 +170,7 @@ const MemberInfo kMembers[] = {
        return Variant();
      }},
     {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean,
-     [](clsPub& o, A& a) {
-       const String sys_id = a.Text(0);
-       return Variant(o.GetMonthState(sys_id, a.Integer(1)));
-     }},
+     [](clsPub& o, A& a) { return Variant(o.GetMonthState(a.Text(0), a.Integer(1))); }},
     {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone,
      [](clsPub& o, A& a) {
        o.GetInvUseFreeNew(a.Text(0), a.Value(1));
