@@ -7,27 +7,10 @@
 #include "kavrin/clsPub.h"
 #include "support/ComponentTest.h"
 #include "support/ErrorExpect.h"
+#include "support/FakeUi.h"
 
 namespace kavrin {
 namespace {
-
-// Records the message boxes shown while it is installed, answering OK.
-class RecordingUiHost final : public UiHost {
- public:
-  struct Shown {
-    String prompt;
-    int32_t buttons;
-    String title;
-  };
-  std::shared_ptr<Dispatch> ActiveControl() override {
-    throw Error::Runtime(errors::kObjectNotSet);
-  }
-  int32_t MsgBox(StringView prompt, int32_t buttons, StringView title) override {
-    shown.push_back({String(prompt), buttons, String(title)});
-    return vbOK;
-  }
-  std::vector<Shown> shown;
-};
 
 class InventoryAttributes : public testing::ComponentTest {
  protected:
@@ -38,12 +21,9 @@ class InventoryAttributes : public testing::ComponentTest {
         " ('01', 'True', '0101', 'kg ', 12.5, 1, 1, 0),"
         " ('02', 'Bolt', NULL, NULL, NULL, NULL, NULL, 1),"
         " ('03', 'Nut', '0102', 'pcs', 0, 0, 0, 1);");
-    previous_ui_ = SetUiHost(ui_);
   }
-  ~InventoryAttributes() override { SetUiHost(previous_ui_); }
 
-  std::shared_ptr<RecordingUiHost> ui_ = std::make_shared<RecordingUiHost>();
-  std::shared_ptr<UiHost> previous_ui_;
+  testing::ScopedUiHost ui_;
 };
 
 TEST_F(InventoryAttributes, WrappersAnswerTheColumnOrTheirDefault) {

@@ -8,38 +8,12 @@
 #include "kavrin/clsPub.h"
 #include "support/ComponentTest.h"
 #include "support/ErrorExpect.h"
+#include "support/FakeUi.h"
 
 namespace kavrin {
 namespace {
 
-// A form's combo box as the component sees it: "Clear" and "AddItem" called
-// by name. It can be built without either member.
-class TestList final : public Dispatch {
- public:
-  explicit TestList(std::vector<String> items = {}, bool has_clear = true, bool has_add = true)
-      : items(std::move(items)), has_clear_(has_clear), has_add_(has_add) {}
-
-  String TypeName() const override { return u"ComboBox"; }
-  Variant Invoke(StringView name, InvokeKind, std::span<Variant> args) override {
-    if (has_clear_ && EqualsNoCase(name, u"Clear") && args.empty()) {
-      items.clear();
-      ++clears;
-      return {};
-    }
-    if (has_add_ && EqualsNoCase(name, u"AddItem") && args.size() == 1) {
-      items.push_back(args[0].AsString());
-      return {};
-    }
-    ThrowMemberNotFound(TypeName(), name);
-  }
-
-  std::vector<String> items;
-  int clears = 0;
-
- private:
-  bool has_clear_;
-  bool has_add_;
-};
+using testing::FakeList;
 
 String Padded(StringView code, size_t spaces, StringView name) {
   return String(code) + String(spaces, u' ') + String(name);
@@ -57,7 +31,7 @@ class WarehouseDepartments : public testing::ComponentTest {
         " ('123456789012345', 'Fifteen', 'D3', 'Average');");
   }
 
-  std::shared_ptr<TestList> list_ = std::make_shared<TestList>(std::vector<String>{u"old"});
+  std::shared_ptr<FakeList> list_ = std::make_shared<FakeList>(std::vector<String>{u"old"});
   Variant cbo_{std::shared_ptr<Dispatch>(list_)};
 };
 
@@ -133,12 +107,12 @@ TEST_F(WarehouseDepartments, FillCboCKFailsAtANullCode) {
 TEST_F(WarehouseDepartments, FillCboCKNeedsAListControl) {
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant(u"cbo")), errors::kTypeMismatch);
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant::Nothing()), errors::kObjectNotSet);
-  auto no_clear = std::make_shared<TestList>(std::vector<String>{u"old"}, false, true);
+  auto no_clear = std::make_shared<FakeList>(std::vector<String>{u"old"}, false, true);
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant(std::shared_ptr<Dispatch>(no_clear))),
                       errors::kMemberNotFound);
   EXPECT_TRUE(Sent().empty()) << "nothing is asked of the database before the list is cleared";
 
-  auto no_add = std::make_shared<TestList>(std::vector<String>{u"old"}, true, false);
+  auto no_add = std::make_shared<FakeList>(std::vector<String>{u"old"}, true, false);
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant(std::shared_ptr<Dispatch>(no_add))),
                       errors::kMemberNotFound);
   EXPECT_TRUE(no_add->items.empty());

@@ -8,71 +8,23 @@
 #include "kavrin/Host.h"
 #include "kavrin/clsPub.h"
 #include "support/ErrorExpect.h"
+#include "support/FakeUi.h"
 
 namespace kavrin {
 namespace {
 
-// A control reached by name: it answers its "Text" and records every
-// property read and write made on it.
-class FakeControl final : public Dispatch {
- public:
-  FakeControl(String type_name, Variant text)
-      : type_name_(std::move(type_name)), text_(std::move(text)) {}
-
-  String TypeName() const override { return type_name_; }
-
-  Variant Invoke(StringView name, InvokeKind kind, std::span<Variant> args) override {
-    if (kind == InvokeKind::PropertyGet && EqualsNoCase(name, u"Text")) {
-      reads.emplace_back(name);
-      return text_;
-    }
-    if (kind == InvokeKind::PropertyPut && args.size() == 1 &&
-        (EqualsNoCase(name, u"SelStart") || EqualsNoCase(name, u"SelLength"))) {
-      writes.push_back({String(name), args[0]});
-      return Variant();
-    }
-    ThrowMemberNotFound(type_name_, name);
-  }
-
-  struct Write {
-    String name;
-    Variant value;
-    friend bool operator==(const Write&, const Write&) = default;
-  };
-  std::vector<String> reads;
-  std::vector<Write> writes;
-
- private:
-  String type_name_;
-  Variant text_;
-};
-
-// A form with one focused control, or none.
-class TestHost final : public UiHost {
- public:
-  std::shared_ptr<Dispatch> ActiveControl() override {
-    if (!focused) throw Error::Runtime(errors::kObjectNotSet);
-    return focused;
-  }
-  int32_t MsgBox(StringView, int32_t, StringView) override { return vbOK; }
-
-  std::shared_ptr<Dispatch> focused;
-};
+using testing::FakeControl;
 
 class TextSelected : public ::testing::Test {
  protected:
-  TextSelected() : previous_(SetUiHost(host_)) {}
-  ~TextSelected() override { SetUiHost(previous_); }
-
   std::shared_ptr<FakeControl> Focus(String type_name, Variant text) {
     auto control = std::make_shared<FakeControl>(std::move(type_name), std::move(text));
-    host_->focused = control;
+    ui_->focused = control;
     return control;
   }
 
   using Write = FakeControl::Write;
-  std::shared_ptr<TestHost> host_ = std::make_shared<TestHost>();
-  std::shared_ptr<UiHost> previous_;
+  testing::ScopedUiHost ui_;
   clsPub pub_;
 };
 
@@ -115,12 +67,12 @@ TEST_F(TextSelected, ATextTooLongForAnIntegerOverflowsBeforeSelecting) {
 }
 
 TEST_F(TextSelected, TheHostsFailureReachesTheCaller) {
-  host_->focused = nullptr;
+  ui_->focused = nullptr;
   EXPECT_KAVRIN_ERROR(pub_.TextSelected(), errors::kObjectNotSet);
 
   SetUiHost(nullptr);  // the default host has no forms at all
   EXPECT_KAVRIN_ERROR(pub_.TextSelected(), errors::kObjectNotSet);
-  SetUiHost(host_);
+  SetUiHost(ui_.host());
 
   Focus(u"TextBox", Variant::Null());
   EXPECT_KAVRIN_ERROR(pub_.TextSelected(), errors::kInvalidUseOfNull);
