@@ -24,7 +24,7 @@ constexpr VarType kNone = VarType::Empty;
 constexpr P kNoParams[] = {{u"", kNone}};
 constexpr std::span<const P> kNone0(kNoParams, 0);
 
-constexpr P kDbiaPut[] = {{u"DBIA", kObject}};
+constexpr P kDbiaPut[] = {{u"DBIA", kObject, false, false, u"KitDatabase"}};
 constexpr P kCheckDirGrade[] = {{u"cString", kString},
                                 {u"IsEnd", kBoolean},
                                 {u"iType", kInteger},
@@ -47,7 +47,7 @@ constexpr P kFormatNum1[] = {
     {u"Num", kDouble}, {u"DecimalLength", kInteger, kOptional}, {u"DispZero", kVariant, kOptional}};
 constexpr P kJustID2Code[] = {{u"ID", kLong}};
 constexpr P kExistTableQueryDAO[] = {
-    {u"DB", kObject}, {u"TName", kString}, {u"IsQuery", kBoolean, kOptional}};
+    {u"DB", kObject, false, false, u"Database"}, {u"TName", kString}, {u"IsQuery", kBoolean, kOptional}};
 constexpr P kStartAccMonth[] = {{u"SysID", kString, kOptional, kWritten}};
 constexpr P kJustIDs2CorBusType[] = {{u"ID", kLong}, {u"IsCor", kBoolean, kOptional}};
 constexpr P kDepartmentCheck[] = {{u"cString", kString}, {u"IsReturnName", kBoolean, kOptional}};
@@ -74,7 +74,7 @@ using M = InvokeKind;
 
 const MemberInfo kMembers[] = {
     {1, u"DBIA", M::PropertyGet, kNone0, kObject,
-     [](clsPub& o, A&) { return Variant(std::shared_ptr<Dispatch>(o.DBIA())); }},
+     [](clsPub& o, A&) { return Variant(std::shared_ptr<Dispatch>(o.DBIA())); }, u"KitDatabase"},
     {2, u"DBIA", M::PropertyPutRef, kDbiaPut, kNone,
      [](clsPub& o, A& a) {
        const auto& object = a.Value(0).AsObject();

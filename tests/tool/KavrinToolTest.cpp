@@ -97,6 +97,22 @@ TEST_F(KavrinTool, DaoArgumentsOpenADesktopDatabase) {
   EXPECT_EQ(Kavrin("call ExistTableQueryDAO '{\"$dao\":1}' T").status, 2);
 }
 
+TEST_F(KavrinTool, HelpAndTheMemberListAreThereToDiscover) {
+  const ToolRun methods = Kavrin("methods");
+  EXPECT_EQ(methods.status, 0);
+  EXPECT_EQ(std::count(methods.out.begin(), methods.out.end(), '\n'), 40);
+  EXPECT_NE(
+      methods.out.find("11  SepCode(ByRef out Code As String, [bName As Variant]) As String\n"),
+      std::string::npos);
+  EXPECT_NE(Kavrin("methods --json").out.find("\"name\": \"GetCodeLen\""), std::string::npos);
+  for (const char* help : {"--help", "help call", "call --help", "help shell", "init-db -h"}) {
+    const ToolRun run = Kavrin(help);
+    EXPECT_EQ(run.status, 0) << help;
+    EXPECT_EQ(run.out.rfind("usage:", 0) == 0 || run.out.rfind("kavrin:", 0) == 0, true) << help;
+  }
+  EXPECT_EQ(Kavrin("help frobnicate").status, 2);
+}
+
 TEST_F(KavrinTool, UsageErrorsExitWithTwo) {
   EXPECT_EQ(Kavrin("call --bogus CodeToName 01 0").status, 2);
   EXPECT_EQ(Kavrin("call --db /no/such/dir/x.db CodeToName 01 0").status, 2);
