@@ -2,7 +2,7 @@
 //
 //   kavrin call [--db CONN] [--trace] METHOD [ARG ...]
 //   kavrin shell [--db CONN] [--trace]
-//   kavrin init-db PATH [--demo]
+//   kavrin init-db PATH|CONN [--demo]
 //
 // Answers are JSON; exit status 0 for a call that succeeded, 1 for a call
 // that failed, 2 for a usage error.
@@ -24,10 +24,11 @@ constexpr int kUsage = 2;
 const char* const kUsageText =
     "usage: kavrin call [--db CONN] [--trace] METHOD [ARG ...]\n"
     "       kavrin shell [--db CONN] [--trace]\n"
-    "       kavrin init-db PATH [--demo]\n"
+    "       kavrin init-db PATH|CONN [--demo]\n"
     "       kavrin --version | --help\n"
     "\n"
-    "CONN is sqlite:PATH or a path ending in .db or .sqlite (opened read-only).\n"
+    "CONN is sqlite:PATH or a path ending in .db or .sqlite (opened read-only),\n"
+    "or odbc:CONNECTION-STRING for a database server reached through ODBC.\n"
     "Each ARG is read as JSON when it parses as JSON, else as plain text:\n"
     "01 is the text \"01\", 0 the number 0, '\"0\"' the text \"0\".\n";
 
@@ -97,7 +98,7 @@ int Shell(const std::vector<std::string>& args) {
 
 int InitDb(const std::vector<std::string>& args) {
   Options options = ParseOptions(args, false, true);
-  if (options.positional.size() != 1) throw UsageError("init-db needs one PATH");
+  if (options.positional.size() != 1) throw UsageError("init-db needs one PATH or CONN");
   std::string target = options.positional[0];
   if (target.rfind("sqlite:", 0) != 0 && target.rfind("odbc:", 0) != 0) target = "sqlite:" + target;
   try {
