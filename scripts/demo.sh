@@ -12,10 +12,14 @@ db="$build_dir/demo.db"
 rm -f "$db"
 "$kavrin" init-db "$db" --demo
 echo
-echo "A form's session on $db (request, then the component's answer):"
-while IFS= read -r request; do
-  [ -n "$request" ] || continue
-  echo
-  echo "> $request"
-  printf '%s\n' "$request" | "$kavrin" shell --db "$db" --trace | sed 's/^/< /'
-done < examples/demo-session.jsonl
+echo "A form's session on $db, on one clsPub object (request, then the component's answer):"
+session=examples/demo-session.jsonl
+mapfile -t answers < <(grep -v -e '^#' -e '^$' "$session" | "$kavrin" shell --db "$db" --trace)
+n=0
+while IFS= read -r line; do
+  case "$line" in
+    "") ;;
+    "#"*) echo; echo "${line#\# }" ;;
+    *) echo "  > $line"; echo "  < ${answers[$n]}"; n=$((n + 1)) ;;
+  esac
+done < "$session"

@@ -5,3 +5,4 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 build_dir=${KAVRIN_BUILD_DIR:-build}
 ctest --test-dir "$build_dir" --output-on-failure -j "$(nproc)" --timeout 300
+scripts/example.sh

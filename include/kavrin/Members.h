@@ -18,6 +18,7 @@ struct ParameterInfo {
   VarType type;           // VarType::Variant for a Variant, Object for an object
   bool optional = false;  // may be omitted
   bool written = false;   // the member writes into the caller's argument
+  const char16_t* object_type = nullptr;  // the class of an object parameter
 };
 
 struct MemberInfo {
@@ -28,6 +29,7 @@ struct MemberInfo {
   VarType result;  // VarType::Empty for a member without a result
   // Calls the typed member; null while a member is not available.
   Variant (*invoke)(clsPub& object, CallArguments& args) = nullptr;
+  const char16_t* object_type = nullptr;  // the class of an object result or property
 };
 
 }  // namespace kavrin

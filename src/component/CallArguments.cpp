@@ -15,8 +15,16 @@ size_t RequiredCount(std::span<const ParameterInfo> parameters) {
 }  // namespace
 
 CallArguments::CallArguments(std::span<Variant> args, std::span<const ParameterInfo> parameters)
-    : args_(args) {
+    : args_(args), converted_(args.size()) {
   CheckArgumentCount(args, RequiredCount(parameters), parameters.size());
+  // Every typed argument is coerced up front, left to right, so that the
+  // first unreadable one is the one reported.
+  for (size_t i = 0; i < args.size(); ++i) {
+    const VarType type = parameters[i].type;
+    if (Given(i) && type != VarType::Variant && type != VarType::Object) {
+      converted_[i] = ConvertTo(args[i], type);
+    }
+  }
 }
 
 CallArguments::~CallArguments() {
@@ -27,27 +35,23 @@ CallArguments::~CallArguments() {
   }
 }
 
-const Variant& CallArguments::Arg(size_t i) const {
-  return i < args_.size() ? args_[i] : missing_;
-}
-
 String CallArguments::Text(size_t i) const {
-  return Given(i) ? ToString(Arg(i)) : String();
+  return Given(i) ? converted_[i].AsString() : String();
 }
 bool CallArguments::Boolean(size_t i) const {
-  return Given(i) && ToBoolean(Arg(i));
+  return Given(i) && converted_[i].AsBoolean();
 }
 int16_t CallArguments::Integer(size_t i) const {
-  return Given(i) ? ToInteger(Arg(i)) : 0;
+  return Given(i) ? converted_[i].AsInteger() : 0;
 }
 int32_t CallArguments::Long(size_t i) const {
-  return Given(i) ? ToLong(Arg(i)) : 0;
+  return Given(i) ? converted_[i].AsLong() : 0;
 }
 uint8_t CallArguments::Byte(size_t i) const {
-  return Given(i) ? ToByte(Arg(i)) : 0;
+  return Given(i) ? converted_[i].AsByte() : 0;
 }
 double CallArguments::Double(size_t i) const {
-  return Given(i) ? ToDouble(Arg(i)) : 0.0;
+  return Given(i) ? converted_[i].AsDouble() : 0.0;
 }
 
 Variant& CallArguments::Value(size_t i) {

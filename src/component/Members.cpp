@@ -1,5 +1,6 @@
 // The interface of clsPub in its fixed order, and late binding over it.
 #include "component/CallArguments.h"
+#include "kavrin/Dao.h"
 #include "kavrin/Error.h"
 #include "kavrin/clsPub.h"
 
@@ -23,7 +24,7 @@ constexpr VarType kNone = VarType::Empty;
 constexpr P kNoParams[] = {{u"", kNone}};
 constexpr std::span<const P> kNone0(kNoParams, 0);
 
-constexpr P kDbiaPut[] = {{u"DBIA", kObject}};
+constexpr P kDbiaPut[] = {{u"DBIA", kObject, false, false, u"KitDatabase"}};
 constexpr P kCheckDirGrade[] = {{u"cString", kString},
                                 {u"IsEnd", kBoolean},
                                 {u"iType", kInteger},
@@ -46,7 +47,7 @@ constexpr P kFormatNum1[] = {
     {u"Num", kDouble}, {u"DecimalLength", kInteger, kOptional}, {u"DispZero", kVariant, kOptional}};
 constexpr P kJustID2Code[] = {{u"ID", kLong}};
 constexpr P kExistTableQueryDAO[] = {
-    {u"DB", kObject}, {u"TName", kString}, {u"IsQuery", kBoolean, kOptional}};
+    {u"DB", kObject, false, false, u"Database"}, {u"TName", kString}, {u"IsQuery", kBoolean, kOptional}};
 constexpr P kStartAccMonth[] = {{u"SysID", kString, kOptional, kWritten}};
 constexpr P kJustIDs2CorBusType[] = {{u"ID", kLong}, {u"IsCor", kBoolean, kOptional}};
 constexpr P kDepartmentCheck[] = {{u"cString", kString}, {u"IsReturnName", kBoolean, kOptional}};
@@ -73,7 +74,7 @@ using M = InvokeKind;
 
 const MemberInfo kMembers[] = {
     {1, u"DBIA", M::PropertyGet, kNone0, kObject,
-     [](clsPub& o, A&) { return Variant(std::shared_ptr<Dispatch>(o.DBIA())); }},
+     [](clsPub& o, A&) { return Variant(std::shared_ptr<Dispatch>(o.DBIA())); }, u"KitDatabase"},
     {2, u"DBIA", M::PropertyPutRef, kDbiaPut, kNone,
      [](clsPub& o, A& a) {
        const auto& object = a.Value(0).AsObject();
@@ -82,10 +83,21 @@ const MemberInfo kMembers[] = {
        o.DBIA(std::move(db));
        return Variant();
      }},
-    {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString, nullptr},
-    {4, u"CheckInv", M::Method, kCheckInv, kString, nullptr},
-    {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString, nullptr},
-    {6, u"TextSelected", M::Method, kNone0, kNone, nullptr},
+    {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString,
+     [](clsPub& o, A& a) {
+       return Variant(o.CheckDirGrade(a.Text(0), a.Boolean(1), a.Integer(2), a.Boolean(3)));
+     }},
+    {4, u"CheckInv", M::Method, kCheckInv, kString,
+     [](clsPub& o, A& a) { return Variant(o.CheckInv(a.Text(0), a.Boolean(1))); }},
+    {5, u"CheckDirNoGrade", M::Method, kCheckDirNoGrade, kString,
+     [](clsPub& o, A& a) {
+       return Variant(o.CheckDirNoGrade(a.Text(0), a.Integer(1), a.Boolean(2)));
+     }},
+    {6, u"TextSelected", M::Method, kNone0, kNone,
+     [](clsPub& o, A&) {
+       o.TextSelected();
+       return Variant();
+     }},
     {7, u"GetAccInfo", M::Method, kGetAccInfo, kString,
      [](clsPub& o, A& a) { return Variant(o.GetAccInfo(a.Text(0), a.Text(1))); }},
     {8, u"init", M::Method, kInit, kNone,
@@ -93,40 +105,89 @@ const MemberInfo kMembers[] = {
        o.init(a.Text(0), a.Text(1));
        return Variant();
      }},
-    {9, u"WhCodeToValueStyle", M::Method, kWhCode, kString, nullptr},
+    {9, u"WhCodeToValueStyle", M::Method, kWhCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.WhCodeToValueStyle(a.Text(0))); }},
     {10, u"FromTo", M::Method, kFromTo, kVariant,
      [](clsPub& o, A& a) { return o.FromTo(a.Text(0), a.Text(1), a.Text(2), a.Text(3)); }},
-    {11, u"SepCode", M::Method, kSepCode, kString, nullptr},
-    {12, u"FormatNum", M::Method, kFormatNum, kString, nullptr},
-    {13, u"ReFormat", M::Method, kReFormat, kDouble, nullptr},
+    {11, u"SepCode", M::Method, kSepCode, kString,
+     [](clsPub& o, A& a) {
+       String& code = a.TextRef(0);
+       return Variant(o.SepCode(code, a.Value(1)));
+     }},
+    {12, u"FormatNum", M::Method, kFormatNum, kString,
+     [](clsPub& o, A& a) { return Variant(o.FormatNum(a.Double(0), a.Value(1))); }},
+    {13, u"ReFormat", M::Method, kReFormat, kDouble,
+     [](clsPub& o, A& a) { return Variant(o.ReFormat(a.Text(0))); }},
     {14, u"CodeToName", M::Method, kCodeToName, kString,
      [](clsPub& o, A& a) { return Variant(o.CodeToName(a.Text(0), a.Byte(1))); }},
-    {15, u"InvCodeToUnit", M::Method, kCCode, kString, nullptr},
-    {16, u"WhCodeToDep", M::Method, kWhCode, kString, nullptr},
-    {17, u"InvCodeToUnitPrice", M::Method, kCode, kDouble, nullptr},
-    {18, u"InvCodeToClass", M::Method, kCCode, kString, nullptr},
-    {19, u"InvIsBatch", M::Method, kCCode, kVariant, nullptr},
-    {20, u"DepCodeToValueStyle", M::Method, kCode, kString, nullptr},
-    {21, u"CurPeriod", M::Method, kNone0, kVariant, nullptr},
-    {22, u"FormatNum1", M::Method, kFormatNum1, kString, nullptr},
-    {23, u"JustID2Code", M::Method, kJustID2Code, kString, nullptr},
-    {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean, nullptr},
-    {25, u"CheckWareDep", M::Method, kNone0, kBoolean, nullptr},
-    {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte, nullptr},
-    {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString, nullptr},
-    {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString, nullptr},
-    {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean, nullptr},
-    {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString, nullptr},
-    {31, u"SubMaxKeepDate", M::Method, kNone0, VarType::Date, nullptr},
-    {32, u"DepCode2WhCode", M::Method, kDepCode2WhCode, kString, nullptr},
-    {33, u"IsEndHandled", M::Method, kIsEndHandled, kBoolean, nullptr},
-    {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger, nullptr},
-    {35, u"FillCboCK", M::Method, kFillCboCK, kNone, nullptr},
-    {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean, nullptr},
-    {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone, nullptr},
-    {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone, nullptr},
-    {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone, nullptr},
-    {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger, nullptr},
+    {15, u"InvCodeToUnit", M::Method, kCCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.InvCodeToUnit(a.Text(0))); }},
+    {16, u"WhCodeToDep", M::Method, kWhCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.WhCodeToDep(a.Text(0))); }},
+    {17, u"InvCodeToUnitPrice", M::Method, kCode, kDouble,
+     [](clsPub& o, A& a) { return Variant(o.InvCodeToUnitPrice(a.Text(0))); }},
+    {18, u"InvCodeToClass", M::Method, kCCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.InvCodeToClass(a.Text(0))); }},
+    {19, u"InvIsBatch", M::Method, kCCode, kVariant,
+     [](clsPub& o, A& a) { return o.InvIsBatch(a.Text(0)); }},
+    {20, u"DepCodeToValueStyle", M::Method, kCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.DepCodeToValueStyle(a.Text(0))); }},
+    {21, u"CurPeriod", M::Method, kNone0, kVariant, [](clsPub& o, A&) { return o.CurPeriod(); }},
+    {22, u"FormatNum1", M::Method, kFormatNum1, kString,
+     [](clsPub& o, A& a) { return Variant(o.FormatNum1(a.Double(0), a.Integer(1), a.Value(2))); }},
+    {23, u"JustID2Code", M::Method, kJustID2Code, kString,
+     [](clsPub& o, A& a) { return Variant(o.JustID2Code(a.Long(0))); }},
+    {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean,
+     [](clsPub& o, A& a) {
+       const auto& object = a.Value(0).AsObject();
+       auto db = std::dynamic_pointer_cast<dao::Database>(object);
+       if (object && !db) throw Error::Runtime(errors::kTypeMismatch);
+       return Variant(o.ExistTableQueryDAO(db, a.Text(1), a.Boolean(2)));
+     }},
+    {25, u"CheckWareDep", M::Method, kNone0, kBoolean,
+     [](clsPub& o, A&) { return Variant(o.CheckWareDep()); }},
+    {26, u"StartAccMonth", M::Method, kStartAccMonth, kByte,
+     [](clsPub& o, A& a) { return Variant(o.StartAccMonth(a.TextRef(0))); }},
+    {27, u"JustIDs2CorBusType", M::Method, kJustIDs2CorBusType, kString,
+     [](clsPub& o, A& a) { return Variant(o.JustIDs2CorBusType(a.Long(0), a.Boolean(1))); }},
+    {28, u"CheckAssDep", M::Method, kDepartmentCheck, kString,
+     [](clsPub& o, A& a) { return Variant(o.CheckAssDep(a.Text(0), a.Boolean(1))); }},
+    {29, u"InvCodeIsTorF", M::Method, kInvCodeIsTorF, kBoolean,
+     [](clsPub& o, A& a) { return Variant(o.InvCodeIsTorF(a.Text(0), a.Text(1))); }},
+    {30, u"CheckAccDep", M::Method, kDepartmentCheck, kString,
+     [](clsPub& o, A& a) { return Variant(o.CheckAccDep(a.Text(0), a.Boolean(1))); }},
+    {31, u"SubMaxKeepDate", M::Method, kNone0, VarType::Date,
+     [](clsPub& o, A&) { return Variant(o.SubMaxKeepDate()); }},
+    {32, u"DepCode2WhCode", M::Method, kDepCode2WhCode, kString,
+     [](clsPub& o, A& a) { return Variant(o.DepCode2WhCode(a.Text(0))); }},
+    {33, u"IsEndHandled", M::Method, kIsEndHandled, kBoolean,
+     [](clsPub& o, A& a) { return Variant(o.IsEndHandled(a.Byte(0))); }},
+    {34, u"CodeGrade2Length", M::Method, kCodeGrade2Length, kInteger,
+     [](clsPub& o, A& a) { return Variant(o.CodeGrade2Length(a.Integer(0), a.Integer(1))); }},
+    {35, u"FillCboCK", M::Method, kFillCboCK, kNone,
+     [](clsPub& o, A& a) {
+       o.FillCboCK(a.Value(0), a.Text(1));
+       return Variant();
+     }},
+    {36, u"GetMonthState", M::Method, kGetMonthState, kBoolean,
+     [](clsPub& o, A& a) { return Variant(o.GetMonthState(a.Text(0), a.Integer(1))); }},
+    {37, u"GetInvUseFreeNew", M::Method, kGetInvUseFreeNew, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvUseFreeNew(a.Text(0), a.Value(1));
+       return Variant();
+     }},
+    {38, u"GetInvUseFree", M::Method, kGetInvUseFree, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvUseFree(a.Text(0), a.BooleanRef(1), a.BooleanRef(2));
+       return Variant();
+     }},
+    {39, u"GetInvDifHead", M::Method, kGetInvDifHead, kNone,
+     [](clsPub& o, A& a) {
+       o.GetInvDifHead(a.Text(0), a.Text(1), a.Text(2), a.TextRef(3), a.TextRef(4));
+       return Variant();
+     }},
+    {40, u"GetCodeLen", M::Method, kGetCodeLen, kInteger,
+     [](clsPub& o, A& a) { return Variant(o.GetCodeLen(a.Text(0))); }},
 };
 
 bool IsPut(InvokeKind kind) {

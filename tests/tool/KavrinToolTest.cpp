@@ -77,6 +77,43 @@ TEST_F(KavrinTool, ShellAnswersEachRequestOnOneObject) {
   EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 3);
 }
 
+TEST_F(KavrinTool, DaoArgumentsOpenADesktopDatabase) {
+  if (testing::OnPostgres()) GTEST_SKIP() << "a desktop database is a SQLite file on every engine";
+  // The suite database serves as a desktop database too: its tables are
+  // table definitions, and it holds no stored query.
+  const std::string dao = "'{\"$dao\":\"" + suite_.path() + "\"}'";
+  const ToolRun table = Kavrin("call ExistTableQueryDAO " + dao + " inventory");
+  EXPECT_EQ(table.status, 0);
+  EXPECT_EQ(table.out,
+            "{\"ok\":true,\"result\":{\"type\":\"Boolean\",\"value\":true},\"args\":["
+            "{\"type\":\"Object\",\"value\":{\"typeName\":\"Database\",\"name\":\"" +
+                suite_.path() + "\"}},{\"type\":\"String\",\"value\":\"inventory\"}]}\n");
+  const ToolRun query = Kavrin("call ExistTableQueryDAO " + dao + " Inventory true");
+  EXPECT_NE(query.out.find("\"result\":{\"type\":\"Boolean\",\"value\":false}"), std::string::npos)
+      << query.out;
+  const ToolRun nothing = Kavrin("call ExistTableQueryDAO '{\"$nothing\":true}' Inventory");
+  EXPECT_NE(nothing.out.find("\"result\":{\"type\":\"Boolean\",\"value\":true}"), std::string::npos)
+      << nothing.out;
+  EXPECT_EQ(Kavrin("call ExistTableQueryDAO '{\"$dao\":\"/no/such/dir/x.db\"}' T").status, 2);
+  EXPECT_EQ(Kavrin("call ExistTableQueryDAO '{\"$dao\":1}' T").status, 2);
+}
+
+TEST_F(KavrinTool, HelpAndTheMemberListAreThereToDiscover) {
+  const ToolRun methods = Kavrin("methods");
+  EXPECT_EQ(methods.status, 0);
+  EXPECT_EQ(std::count(methods.out.begin(), methods.out.end(), '\n'), 40);
+  EXPECT_NE(
+      methods.out.find("11  SepCode(ByRef out Code As String, [bName As Variant]) As String\n"),
+      std::string::npos);
+  EXPECT_NE(Kavrin("methods --json").out.find("\"name\": \"GetCodeLen\""), std::string::npos);
+  for (const char* help : {"--help", "help call", "call --help", "help shell", "init-db -h"}) {
+    const ToolRun run = Kavrin(help);
+    EXPECT_EQ(run.status, 0) << help;
+    EXPECT_EQ(run.out.rfind("usage:", 0) == 0 || run.out.rfind("kavrin:", 0) == 0, true) << help;
+  }
+  EXPECT_EQ(Kavrin("help frobnicate").status, 2);
+}
+
 TEST(KavrinToolInitDb, CreatesTheSuiteWhereTheConnectionStringSays) {
   const auto blank = testing::SuiteDb::Blank();
   const std::string db = "'" + ToUtf8(blank->ConnectionString()) + "'";

@@ -2,6 +2,7 @@
 
 #include "ListControl.h"
 #include "kavrin/Convert.h"
+#include "kavrin/Dao.h"
 #include "kavrin/Dispatch.h"
 #include "kavrin/OleDate.h"
 
@@ -47,6 +48,14 @@ Variant ObjectFromJson(const json& object) {
       items.push_back(item.is_string() ? FromUtf8(item.get<std::string>()) : FromUtf8(item.dump()));
     }
     return Variant(std::shared_ptr<Dispatch>(std::make_shared<ListControl>(std::move(items))));
+  }
+  if (object.contains("$dao")) {
+    // A desktop database opened from a SQLite file; one that cannot be opened
+    // is the caller's mistake, reported as a usage error below.
+    const json& path = object.at("$dao");
+    if (!path.is_string()) throw UsageError("\"$dao\" takes the path of a SQLite file");
+    return Variant(
+        std::shared_ptr<Dispatch>(dao::Database::Open(FromUtf8(path.get<std::string>()))));
   }
   throw UsageError("unknown argument object: " + object.dump());
 }
@@ -130,6 +139,9 @@ json ValueToJson(const Variant& value) {
         for (const auto& item : list->items())
           items.push_back(ToUtf8(item));
         out["value"] = {{"items", items}};
+      } else if (auto database = std::dynamic_pointer_cast<dao::Database>(object)) {
+        out["value"] = {{"typeName", ToUtf8(database->TypeName())},
+                        {"name", ToUtf8(database->Name())}};
       } else {
         out["value"] = {{"typeName", ToUtf8(object->TypeName())}};
       }

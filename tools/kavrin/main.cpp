@@ -1,17 +1,12 @@
-// kavrin: the command-line host of clsPub.
-//
-//   kavrin call [--db CONN] [--trace] METHOD [ARG ...]
-//   kavrin shell [--db CONN] [--trace]
-//   kavrin init-db PATH|CONN [--demo]
-//
-// Answers are JSON; exit status 0 for a call that succeeded, 1 for a call
-// that failed, 2 for a usage error.
+// kavrin: the command-line host of clsPub (see Help.cpp for what it does).
 #include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "Help.h"
 #include "JsonValues.h"
+#include "Methods.h"
 #include "Session.h"
 #include "kavrin/Error.h"
 #include "kavrin/Schema.h"
@@ -21,21 +16,12 @@ namespace {
 
 constexpr int kUsage = 2;
 
-const char* const kUsageText =
-    "usage: kavrin call [--db CONN] [--trace] METHOD [ARG ...]\n"
-    "       kavrin shell [--db CONN] [--trace]\n"
-    "       kavrin init-db PATH|CONN [--demo]\n"
-    "       kavrin --version | --help\n"
-    "\n"
-    "CONN is sqlite:PATH or a path ending in .db or .sqlite (opened read-only),\n"
-    "or odbc:CONNECTION-STRING for a database server reached through ODBC.\n"
-    "Each ARG is read as JSON when it parses as JSON, else as plain text:\n"
-    "01 is the text \"01\", 0 the number 0, '\"0\"' the text \"0\".\n";
-
 struct Options {
   std::optional<std::string> db;
   bool trace = false;
   bool demo = false;
+  bool json = false;
+  bool help = false;
   std::vector<std::string> positional;
 };
 
@@ -45,7 +31,13 @@ bool LooksLikeNegativeNumber(const std::string& arg) {
 }
 
 // Reads the options of a subcommand; throws UsageError for an unknown one.
-Options ParseOptions(const std::vector<std::string>& args, bool takes_db, bool takes_demo) {
+struct Accepted {
+  bool db = false;
+  bool demo = false;
+  bool json = false;
+};
+
+Options ParseOptions(const std::vector<std::string>& args, Accepted accepted) {
   Options options;
   bool options_done = false;
   for (size_t i = 0; i < args.size(); ++i) {
@@ -55,15 +47,19 @@ Options ParseOptions(const std::vector<std::string>& args, bool takes_db, bool t
       options.positional.push_back(arg);
     } else if (arg == "--") {
       options_done = true;
-    } else if (takes_db && arg == "--db") {
+    } else if (arg == "--help" || arg == "-h") {
+      options.help = true;
+    } else if (accepted.db && arg == "--db") {
       if (i + 1 >= args.size()) throw UsageError("--db needs a connection string");
       options.db = args[++i];
-    } else if (takes_db && arg.rfind("--db=", 0) == 0) {
+    } else if (accepted.db && arg.rfind("--db=", 0) == 0) {
       options.db = arg.substr(5);
-    } else if (takes_db && arg == "--trace") {
+    } else if (accepted.db && arg == "--trace") {
       options.trace = true;
-    } else if (takes_demo && arg == "--demo") {
+    } else if (accepted.demo && arg == "--demo") {
       options.demo = true;
+    } else if (accepted.json && arg == "--json") {
+      options.json = true;
     } else {
       throw UsageError("unknown option " + arg);
     }
@@ -71,8 +67,7 @@ Options ParseOptions(const std::vector<std::string>& args, bool takes_db, bool t
   return options;
 }
 
-int Call(const std::vector<std::string>& args) {
-  Options options = ParseOptions(args, true, false);
+int Call(const Options& options) {
   if (options.positional.empty()) throw UsageError("call needs a METHOD");
   Session session(options.db, options.trace);
   std::vector<Variant> arguments;
@@ -84,8 +79,7 @@ int Call(const std::vector<std::string>& args) {
   return answer.at("ok").get<bool>() ? 0 : 1;
 }
 
-int Shell(const std::vector<std::string>& args) {
-  Options options = ParseOptions(args, true, false);
+int Shell(const Options& options) {
   if (!options.positional.empty()) throw UsageError("shell takes no METHOD");
   Session session(options.db, options.trace);
   std::string line;
@@ -96,9 +90,8 @@ int Shell(const std::vector<std::string>& args) {
   return 0;
 }
 
-int InitDb(const std::vector<std::string>& args) {
-  Options options = ParseOptions(args, false, true);
-  if (options.positional.size() != 1) throw UsageError("init-db needs one PATH or CONN");
+int InitDb(const Options& options) {
+  if (options.positional.size() != 1) throw UsageError("init-db needs one PATH");
   std::string target = options.positional[0];
   if (target.rfind("sqlite:", 0) != 0 && target.rfind("odbc:", 0) != 0) target = "sqlite:" + target;
   try {
@@ -112,23 +105,50 @@ int InitDb(const std::vector<std::string>& args) {
   return 0;
 }
 
+int ListMethods(const Options& options) {
+  if (!options.positional.empty()) throw UsageError("methods takes no arguments");
+  std::cout << (options.json ? MethodsAsJson() : MethodsAsText());
+  return 0;
+}
+
+struct Command {
+  const char* name;
+  Accepted accepted;
+  int (*run)(const Options&);
+};
+
+constexpr Command kCommands[] = {
+    {"call", {.db = true}, Call},
+    {"shell", {.db = true}, Shell},
+    {"init-db", {.demo = true}, InitDb},
+    {"methods", {.json = true}, ListMethods},
+};
+
 int Main(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
   if (args.empty()) throw UsageError("a command is needed");
-  const std::string command = args[0];
+  const std::string name = args[0];
   args.erase(args.begin());
-  if (command == "--version" || command == "version") {
+  if (name == "--version" || name == "version") {
     std::cout << "kavrin " << KAVRIN_VERSION << "\n";
     return 0;
   }
-  if (command == "--help" || command == "-h" || command == "help") {
-    std::cout << kUsageText;
+  if (name == "--help" || name == "-h" || name == "help") {
+    const std::string_view help = args.empty() ? kOverviewHelp : CommandHelp(args[0]);
+    if (help.empty()) throw UsageError("no help for " + args[0]);
+    std::cout << help;
     return 0;
   }
-  if (command == "call") return Call(args);
-  if (command == "shell") return Shell(args);
-  if (command == "init-db") return InitDb(args);
-  throw UsageError("unknown command " + command);
+  for (const Command& command : kCommands) {
+    if (name != command.name) continue;
+    const Options options = ParseOptions(args, command.accepted);
+    if (options.help) {
+      std::cout << CommandHelp(name);
+      return 0;
+    }
+    return command.run(options);
+  }
+  throw UsageError("unknown command " + name);
 }
 
 }  // namespace
@@ -138,7 +158,7 @@ int main(int argc, char** argv) {
   try {
     return kavrin::tool::Main(argc, argv);
   } catch (const kavrin::tool::UsageError& e) {
-    std::cerr << "kavrin: " << e.what() << "\n" << kavrin::tool::kUsageText;
+    std::cerr << "kavrin: " << e.what() << "\nRun `kavrin --help` for the commands.\n";
     return kavrin::tool::kUsage;
   }
 }

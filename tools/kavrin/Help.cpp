@@ -1,0 +1,109 @@
+#include "Help.h"
+
+namespace kavrin::tool {
+
+const std::string_view kOverviewHelp =
+    R"(kavrin: call the clsPub component of the inventory entry forms from a shell.
+
+usage: kavrin call [--db CONN] [--trace] METHOD [ARG ...]
+       kavrin shell [--db CONN] [--trace]
+       kavrin init-db PATH [--demo]
+       kavrin methods [--json]
+       kavrin --version | --help | help COMMAND
+
+commands:
+  call      call one member on a fresh clsPub and print one JSON answer
+  shell     answer JSON requests, one per line, on one clsPub object
+  init-db   create a suite database (the tables clsPub reads), optionally with a demo company
+  methods   list clsPub's members in order, with parameters and result types
+
+CONN is sqlite:PATH or a path ending in .db or .sqlite (opened read-only), or
+odbc:CONNECTION-STRING where the ODBC driver is built.
+
+Exit status: 0 when the call succeeded, 1 when it failed (the answer carries
+the error's number, source and description), 2 for a usage error.
+Run `kavrin help COMMAND` for the details of a command.
+)";
+
+namespace {
+
+constexpr std::string_view kCallHelp =
+    R"(usage: kavrin call [--db CONN] [--trace] METHOD [ARG ...]
+
+Calls METHOD (letter case ignored) on a fresh clsPub whose DBIA is opened from
+CONN, and prints one JSON object:
+  {"ok":true,"result":V,"args":[V,...]}
+  {"ok":false,"error":{"number":N,"source":"...","description":"..."},"args":[V,...]}
+"args" shows every argument after the call, so writes into by-reference
+arguments are visible. Each V is {"type":T,"value":...} with T one of Empty,
+Null, Integer, Long, Byte, Double, Boolean, Date, String, Object, Array, Missing.
+With --trace the answer adds "sql": the texts sent to the database, in order.
+Message boxes shown during the call are added as "messages".
+
+Each ARG is read as JSON when it parses as JSON, and as plain text otherwise:
+  01          the text "01"            0      the number 0 (a Long)
+  '"0"'       the text "0"             1.5    a Double
+  true        a Boolean                null   Null
+  -1          a number, not an option  --     ends the options
+and these objects stand for the other values:
+  {"$missing":true}        an omitted argument
+  {"$empty":true}          Empty
+  {"$date":"2026-01-31T00:00:00"}                     a Date
+  {"$array":[...],"$lbound":0,"$type":"Boolean"}      an array (type Variant when not given)
+  {"$list":["a","b"]}      a list control with Clear and AddItem
+  {"$dao":"PATH"}          a desktop database opened from a SQLite file
+  {"$nothing":true}        an empty object reference
+Trailing optional arguments may simply be left out.
+
+examples:
+  kavrin call --db demo.db --trace CodeToName 010101 0
+  kavrin call --db demo.db SepCode '01 Steel'
+  kavrin call --db demo.db FillCboCK '{"$list":[]}'
+  kavrin call FormatNum 1234.5
+)";
+
+constexpr std::string_view kShellHelp =
+    R"(usage: kavrin shell [--db CONN] [--trace]
+
+Reads one JSON request per line from standard input,
+  {"method": "CheckDirNoGrade", "args": ["010101", 0]}
+and answers each with one JSON line, as `kavrin call` does, on one clsPub
+object for the whole session (so the lookup record set of the archive checks
+carries over from call to call, as it does in a form). Arguments are JSON
+values: strings stay strings ("01" is the text 01), and the "$" objects of
+`kavrin help call` stand for the other values. A line that cannot be read is
+answered {"ok":false,"usage":"..."} and the session goes on. Blank lines are
+skipped; the session ends at the end of the input.
+)";
+
+constexpr std::string_view kInitDbHelp =
+    R"(usage: kavrin init-db PATH [--demo]
+
+Creates a suite database holding the tables clsPub reads, with the server's
+types and collations (text compares without regard to case, trailing blanks
+ignored). PATH is a SQLite file to create (sqlite: prefix optional), or
+odbc:CONNECTION-STRING to create the tables in an existing database on a
+server (on PostgreSQL this needs a superuser). With
+--demo the tables are filled with a small sample company (an office-furniture
+maker with three warehouses). Fails (exit 2) when a table already exists.
+)";
+
+constexpr std::string_view kMethodsHelp =
+    R"(usage: kavrin methods [--json]
+
+Lists clsPub's members in the fixed order of its interface: number, name,
+parameters (name, type, [optional], "ByRef out" where the member writes into
+the argument) and result type. With --json the list is printed as JSON.
+)";
+
+}  // namespace
+
+std::string_view CommandHelp(std::string_view command) {
+  if (command == "call") return kCallHelp;
+  if (command == "shell") return kShellHelp;
+  if (command == "init-db") return kInitDbHelp;
+  if (command == "methods") return kMethodsHelp;
+  return {};
+}
+
+}  // namespace kavrin::tool
