@@ -173,6 +173,13 @@ TEST(Dialect, ValuesAreTypedFromDeclaredColumnTypes) {
   ASSERT_EQ(keep.type(), VarType::Date);
   EXPECT_DOUBLE_EQ(keep.AsDate().value, 46112 + 8.5 / 24);  // 31 March 2026 08:30
   EXPECT_TRUE(Column0(*c, u"select cInvName from Inventory")[0].IsNull());
+
+  // Long texts come back whole, trailing blanks and all.
+  std::string long_name;
+  for (int i = 0; i < 1500; ++i)
+    long_name += "仓库";
+  suite.Exec("UPDATE Inventory SET cInvStd = '" + long_name + "  '");
+  EXPECT_EQ(Column0(*c, u"select cInvStd from Inventory")[0], Variant(FromUtf8(long_name + "  ")));
 }
 
 TEST(Dialect, ColumnsAreNamedAsTheStatementNamesThem) {
