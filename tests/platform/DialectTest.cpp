@@ -182,6 +182,17 @@ TEST(Dialect, ValuesAreTypedFromDeclaredColumnTypes) {
   EXPECT_EQ(Column0(*c, u"select cInvStd from Inventory")[0], Variant(FromUtf8(long_name + "  ")));
 }
 
+TEST(Dialect, ACursorOutlivesItsConnection) {
+  SuiteDb suite;
+  suite.Exec("INSERT INTO Code (cCode) VALUES ('1403'), ('1405')");
+  auto cursor = db::Open(suite.ConnectionString())->Query(u"select cCode from Code");
+  ASSERT_TRUE(cursor->Next());
+  EXPECT_EQ(cursor->Value(0), Variant(u"1403"));
+  ASSERT_TRUE(cursor->Next());
+  EXPECT_EQ(cursor->Value(0), Variant(u"1405"));
+  EXPECT_FALSE(cursor->Next());
+}
+
 TEST(Dialect, ColumnsAreNamedAsTheStatementNamesThem) {
   SuiteDb suite;
   suite.Exec("INSERT INTO GL_mEnd (iPeriod, bFlag_IA) VALUES (1, 1)");

@@ -264,10 +264,26 @@ Variant ReadValue(const Handle& stmt, SQLUSMALLINT column, VarType type) {
   }
 }
 
+// The environment and connection handles, shared by a connection and its
+// cursors: a cursor that outlives its connection still frees its statement
+// before the connection is closed.
+struct Session {
+  Handle env;
+  Handle dbc;
+  bool connected = false;
+
+  Session() = default;
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session() {
+    if (connected) SQLDisconnect(dbc.get());
+  }
+};
+
 class OdbcCursor final : public Cursor {
  public:
-  OdbcCursor(Handle stmt, std::vector<ColumnInfo> columns)
-      : stmt_(std::move(stmt)), columns_(std::move(columns)) {}
+  OdbcCursor(std::shared_ptr<Session> session, Handle stmt, std::vector<ColumnInfo> columns)
+      : session_(std::move(session)), stmt_(std::move(stmt)), columns_(std::move(columns)) {}
 
   const std::vector<ColumnInfo>& Columns() const override { return columns_; }
 
@@ -293,6 +309,7 @@ class OdbcCursor final : public Cursor {
   Variant Value(size_t index) const override { return row_.at(index); }
 
  private:
+  std::shared_ptr<Session> session_;
   Handle stmt_;
   std::vector<ColumnInfo> columns_;
   std::vector<Variant> row_;
@@ -301,35 +318,32 @@ class OdbcCursor final : public Cursor {
 class OdbcConnection final : public Connection {
  public:
   OdbcConnection(bool writable, const Timeouts& timeouts)
-      : writable_(writable), timeouts_(timeouts) {}
-
-  ~OdbcConnection() override {
-    if (connected_) SQLDisconnect(dbc_.get());
-  }
+      : writable_(writable), timeouts_(timeouts), session_(std::make_shared<Session>()) {}
 
   void Connect(StringView connection_string) {
-    env_ = Handle(SQL_HANDLE_ENV, SQL_NULL_HANDLE);
-    Check(env_,
-          SQLSetEnvAttr(env_.get(), SQL_ATTR_ODBC_VERSION,
+    Handle& env = session_->env;
+    env = Handle(SQL_HANDLE_ENV, SQL_NULL_HANDLE);
+    Check(env,
+          SQLSetEnvAttr(env.get(), SQL_ATTR_ODBC_VERSION,
                         reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_OV_ODBC3)), 0),
           u"choosing ODBC 3");
-    dbc_ = Handle(SQL_HANDLE_DBC, env_.get());
+    session_->dbc = Handle(SQL_HANDLE_DBC, env.get());
     // Timeouts are requests: a driver that does not know one keeps its own.
     SetConnectAttribute(SQL_ATTR_LOGIN_TIMEOUT, timeouts_.login_seconds);
     SetConnectAttribute(SQL_ATTR_CONNECTION_TIMEOUT, timeouts_.connection_seconds);
     const String text(connection_string);
-    const SQLRETURN rc = SQLDriverConnectW(dbc_.get(), nullptr, Wide(text.c_str()), SQL_NTS,
-                                           nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+    const SQLRETURN rc = SQLDriverConnectW(Dbc(), nullptr, Wide(text.c_str()), SQL_NTS, nullptr, 0,
+                                           nullptr, SQL_DRIVER_NOPROMPT);
     if (!Succeeded(rc)) {
-      Fail(SQL_HANDLE_DBC, dbc_.get(), u"connecting", errors::kProviderFailure);
+      Fail(SQL_HANDLE_DBC, Dbc(), u"connecting", errors::kProviderFailure);
     }
-    connected_ = true;
+    session_->connected = true;
     if (!writable_) SetConnectAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY);
 
     dbms_ = InfoText(SQL_DBMS_NAME);
     SQLUSMALLINT identifier_case = 0;
-    if (Succeeded(SQLGetInfoW(dbc_.get(), SQL_IDENTIFIER_CASE, &identifier_case,
-                              sizeof identifier_case, nullptr))) {
+    if (Succeeded(SQLGetInfoW(Dbc(), SQL_IDENTIFIER_CASE, &identifier_case, sizeof identifier_case,
+                              nullptr))) {
       folds_names_to_lower_ = identifier_case == SQL_IC_LOWER;
     }
     if (Contains(dbms_, u"PostgreSQL")) {
@@ -361,7 +375,7 @@ class OdbcConnection final : public Connection {
     for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(count); ++i) {
       columns.push_back(Describe(stmt, i, sql));
     }
-    return std::make_unique<OdbcCursor>(std::move(stmt), std::move(columns));
+    return std::make_unique<OdbcCursor>(session_, std::move(stmt), std::move(columns));
   }
 
   void ExecuteScript(StringView sql) override {
@@ -379,15 +393,17 @@ class OdbcConnection final : public Connection {
   String Dbms() const override { return dbms_; }
 
  private:
+  SQLHDBC Dbc() const { return session_->dbc.get(); }
+
   void SetConnectAttribute(SQLINTEGER attribute, SQLULEN value) {
-    SQLSetConnectAttrW(dbc_.get(), attribute,
+    SQLSetConnectAttrW(Dbc(), attribute,
                        reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(value)), 0);
   }
 
   String InfoText(SQLUSMALLINT what) const {
     SQLWCHAR buffer[256] = {};
     SQLSMALLINT bytes = 0;
-    if (!Succeeded(SQLGetInfoW(dbc_.get(), what, buffer, sizeof buffer, &bytes))) return {};
+    if (!Succeeded(SQLGetInfoW(Dbc(), what, buffer, sizeof buffer, &bytes))) return {};
     return String(reinterpret_cast<const char16_t*>(buffer));
   }
 
@@ -395,7 +411,7 @@ class OdbcConnection final : public Connection {
   // once, without waiting on the driver.
   void RequireAlive() const {
     SQLUINTEGER dead = SQL_CD_FALSE;
-    if (Succeeded(SQLGetConnectAttrW(dbc_.get(), SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr)) &&
+    if (Succeeded(SQLGetConnectAttrW(Dbc(), SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr)) &&
         dead == SQL_CD_TRUE) {
       throw Error(errors::kProviderFailure, kSource,
                   u"The connection to the database server has been lost.");
@@ -404,7 +420,7 @@ class OdbcConnection final : public Connection {
 
   Handle Execute(StringView sql, SQLULEN timeout_seconds) {
     RequireAlive();
-    Handle stmt(SQL_HANDLE_STMT, dbc_.get());
+    Handle stmt(SQL_HANDLE_STMT, Dbc());
     SQLSetStmtAttrW(stmt.get(), SQL_ATTR_QUERY_TIMEOUT,
                     reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(timeout_seconds)), 0);
     const String text(sql);
@@ -450,9 +466,7 @@ class OdbcConnection final : public Connection {
 
   bool writable_;
   Timeouts timeouts_;
-  Handle env_;
-  Handle dbc_;
-  bool connected_ = false;
+  std::shared_ptr<Session> session_;
   String dbms_;
   SqlQuoting quoting_;
   bool folds_names_to_lower_ = false;
