@@ -18,24 +18,24 @@ set -euo pipefail
 
 command=${1:-}
 state=${2:-}
-[ -n "$command" ] && [ -n "$state" ] || {
+if [ -z "$command" ] || [ -z "$state" ]; then
   echo "usage: $0 start|stop STATE [KAVRIN]" >&2
   exit 2
-}
+fi
 
 bindir=${KAVRIN_PG_BINDIR:-}
 if [ -z "$bindir" ]; then
-  for candidate in $(ls -d /usr/lib/postgresql/*/bin 2>/dev/null | sort -V -r); do
+  for candidate in $(printf '%s\n' /usr/lib/postgresql/*/bin | sort -V -r); do
     if [ -x "$candidate/initdb" ]; then
       bindir=$candidate
       break
     fi
   done
 fi
-[ -n "$bindir" ] && [ -x "$bindir/initdb" ] || {
+if [ -z "$bindir" ] || [ ! -x "$bindir/initdb" ]; then
   echo "server.sh: no PostgreSQL server binaries found (install postgresql)" >&2
   exit 1
-}
+fi
 
 as_owner=()
 if [ "$(id -u)" -eq 0 ]; then
@@ -50,7 +50,7 @@ stop_server() {
       >/dev/null 2>&1; then
       local pid
       pid=$(head -n 1 "$dir/data/postmaster.pid" 2>/dev/null || true)
-      [ -n "$pid" ] && kill -KILL "$pid" 2>/dev/null || true
+      if [ -n "$pid" ]; then kill -KILL "$pid" 2>/dev/null || true; fi
     fi
   fi
   rm -rf "$dir"
@@ -71,6 +71,7 @@ case "$command" in
     base=${TMPDIR:-/tmp}
     if [ -d /dev/shm ] && [ -w /dev/shm ]; then base=/dev/shm; fi
     dir=$(mktemp -d "$base/kavrin-pg-XXXXXX")
+    echo "dir=$dir" >"$state"  # so that a stop finds the folder even if this start is cut short
     chmod 755 "$dir"
     [ ${#as_owner[@]} -eq 0 ] || chown postgres "$dir"
     trap 'stop_server "$dir"' ERR
@@ -80,7 +81,7 @@ case "$command" in
       false
     }
     started=
-    for attempt in 1 2 3 4 5 6 7 8 9 10; do
+    for _ in 1 2 3 4 5 6 7 8 9 10; do
       port=$((20000 + (RANDOM * 32768 + RANDOM) % 40000))
       # Something already answering there: try another port.
       if (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; then continue; fi
