@@ -8,9 +8,11 @@
 namespace kavrin {
 
 // Creates the suite's tables at `connection_string` ("sqlite:PATH" or a .db
-// path; the file is created) and, with `with_demo_data`, fills them with the
-// sample company. Throws Error when the database cannot be opened or already
-// holds any of the tables.
+// path, the file being created; or "odbc:..." naming an existing database on
+// a server) and, with `with_demo_data`, fills them with the sample company.
+// On PostgreSQL the tables come with what makes the suite's SQL run there
+// unchanged, and setting them up needs a superuser. Throws Error when the
+// database cannot be opened or already holds any of the tables.
 KAVRIN_API void CreateSuiteDatabase(StringView connection_string, bool with_demo_data);
 
 }  // namespace kavrin

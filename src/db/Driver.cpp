@@ -1,6 +1,9 @@
 #include "db/Driver.h"
 
 #include "db/sqlite/SqliteConnection.h"
+#ifdef KAVRIN_WITH_ODBC
+#include "db/odbc/OdbcConnection.h"
+#endif
 #include "kavrin/Error.h"
 
 namespace kavrin::db {
@@ -19,6 +22,14 @@ bool EndsWithNoCase(StringView text, StringView suffix) {
 std::unique_ptr<Connection> OpenAny(StringView connection_string, bool writable) {
   if (StartsWithNoCase(connection_string, u"sqlite:")) {
     return sqlite::OpenFile(ToUtf8(connection_string.substr(7)), writable);
+  }
+  if (StartsWithNoCase(connection_string, u"odbc:")) {
+#ifdef KAVRIN_WITH_ODBC
+    return odbc::Connect(connection_string.substr(5), writable);
+#else
+    throw Error(errors::kProviderFailure, u"Kavrin",
+                u"This build of Kavrin has no ODBC driver (configure with KAVRIN_WITH_ODBC=ON).");
+#endif
   }
   if (EndsWithNoCase(connection_string, u".db") || EndsWithNoCase(connection_string, u".sqlite")) {
     return sqlite::OpenFile(ToUtf8(connection_string), writable);

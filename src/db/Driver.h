@@ -1,6 +1,6 @@
 // The engine seam: what the platform layer needs of a database engine, and
 // nothing more. A connection runs one read-only statement at a time and hands
-// back a cursor of typed rows; drivers live in sqlite/ (and odbc/).
+// back a cursor of typed rows; drivers live in sqlite/ and odbc/.
 //
 // Errors are kavrin::Error with provider numbers (errors::kProvider*) and the
 // engine's own message. Connections are used by one thread at a time.
@@ -41,12 +41,17 @@ class Connection {
   // statement, or one that would write, is refused without running anything.
   virtual std::unique_ptr<Cursor> Query(StringView sql) = 0;
 
-  // Runs a script of statements that create and fill tables. Only for
-  // connections opened with OpenForSetup.
+  // Runs a script of statements that create and fill tables, one after the
+  // other, stopping at the first that fails. Only for connections opened with
+  // OpenForSetup.
   virtual void ExecuteScript(StringView sql) = 0;
 
   // The short name of the engine ("sqlite", "odbc").
   virtual String Engine() const = 0;
+
+  // The database product as the engine names it ("SQLite", "PostgreSQL",
+  // "Microsoft SQL Server").
+  virtual String Dbms() const = 0;
 };
 
 // Opens a connection for reading: "sqlite:PATH", a bare path ending in ".db"

@@ -8,14 +8,18 @@ namespace kavrin {
 
 namespace schema {
 extern const std::string_view kSuiteSql;
+extern const std::string_view kPostgresSql;
 extern const std::string_view kDemoSql;
 }  // namespace schema
 
 void CreateSuiteDatabase(StringView connection_string, bool with_demo_data) {
   auto connection = db::OpenForSetup(connection_string);
-  String script = FromUtf8(schema::kSuiteSql);
+  // The tables in the server's own terms where it needs them; the demo rows
+  // are plain INSERTs that every engine reads alike.
+  const bool postgres = connection->Dbms() == u"PostgreSQL";
+  String script = FromUtf8(postgres ? schema::kPostgresSql : schema::kSuiteSql);
   if (with_demo_data) script += FromUtf8(schema::kDemoSql);
-  connection->ExecuteScript(u"BEGIN;\n" + script + u"\nCOMMIT;");
+  connection->ExecuteScript(u"BEGIN TRANSACTION;\n" + script + u"\nCOMMIT;");
 }
 
 }  // namespace kavrin

@@ -21,8 +21,8 @@ struct ToolRun {
 class InventoryTool : public ::testing::Test {
  protected:
   ToolRun Call(const std::string& args) {
-    const std::string command =
-        std::string(KAVRIN_TOOL_PATH) + " call --db " + suite_.path() + " " + args + " 2>/dev/null";
+    const std::string command = std::string(KAVRIN_TOOL_PATH) + " call --db '" +
+                                ToUtf8(suite_.ConnectionString()) + "' " + args + " 2>/dev/null";
     FILE* pipe = popen(command.c_str(), "r");
     ToolRun run{"", -1};
     char buffer[4096];

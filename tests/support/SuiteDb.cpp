@@ -1,40 +1,138 @@
 #include "support/SuiteDb.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
+#include <fstream>
+#include <map>
+#include <stdexcept>
 
 #include "db/Driver.h"
 #include "kavrin/Schema.h"
 
 namespace kavrin::testing {
 
-TempDir::TempDir() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "kavrin-test-XXXXXX").string();
-  if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-  path_ = pattern;
+namespace {
+
+const char* ServerStateFile() {
+  const char* state = std::getenv("KAVRIN_TEST_POSTGRES");
+  return (state && *state) ? state : nullptr;
 }
+
+}  // namespace
+
+bool OnPostgres() {
+  return ServerStateFile() != nullptr;
+}
+
+namespace {
+
+std::map<std::string, std::string> ReadServerState() {
+  std::map<std::string, std::string> values;
+  if (!ServerStateFile()) return values;
+  std::ifstream in(ServerStateFile());
+  std::string line;
+  while (std::getline(in, line)) {
+    const auto equals = line.find('=');
+    if (equals != std::string::npos) values[line.substr(0, equals)] = line.substr(equals + 1);
+  }
+  return values;
+}
+
+// host, port and user of the harness's server.
+const std::map<std::string, std::string>& ServerState() {
+  static const std::map<std::string, std::string> state = ReadServerState();
+  if (state.empty()) {
+    throw std::runtime_error(std::string("no PostgreSQL server state in ") + ServerStateFile() +
+                             " (did tests/postgres/server.sh start fail?)");
+  }
+  return state;
+}
+
+// Before any ODBC call, the driver manager is pointed at the harness's driver
+// registration, for this process and the kavrin tools it starts.
+[[maybe_unused]] const bool kDriverRegistrationChosen = [] {
+  const auto values = ReadServerState();
+  const auto ini = values.find("odbcsysini");
+  if (ini != values.end()) setenv("ODBCSYSINI", ini->second.c_str(), 1);
+  return true;
+}();
+
+// Runs statements on the server's administrative database.
+void Administer(const std::string& sql) {
+  db::OpenForSetup(ServerConnectionString("postgres"))->ExecuteScript(FromUtf8(sql));
+}
+
+std::string NewDirectory() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "kavrin-db-XXXXXX").string();
+  if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
+  return pattern;
+}
+
+}  // namespace
+
+String ServerConnectionString(const std::string& database) {
+  const auto& state = ServerState();
+  return FromUtf8("odbc:Driver={PostgreSQL Unicode};Server=" + state.at("host") + ";Port=" +
+                  state.at("port") + ";UID=" + state.at("user") + ";Database=" + database);
+}
+
+TempDir::TempDir() : path_(NewDirectory()) {}
 
 TempDir::~TempDir() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }
 
-SuiteDb::SuiteDb(bool demo) {
-  std::string pattern = (std::filesystem::temp_directory_path() / "kavrin-db-XXXXXX").string();
-  if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-  dir_ = pattern;
+SuiteDb::SuiteDb(bool demo) : SuiteDb(demo ? Contents::kDemo : Contents::kTables) {}
+
+std::unique_ptr<SuiteDb> SuiteDb::Blank() {
+  return std::unique_ptr<SuiteDb>(new SuiteDb(Contents::kNothing));
+}
+
+SuiteDb::SuiteDb(Contents contents) {
+  if (OnPostgres()) {
+    // A fresh database per SuiteDb; copying a prepared template is far
+    // quicker than running the schema script each time.
+    static std::atomic<int> serial{0};
+    server_database_ = "kavrin_t" + std::to_string(getpid()) + "_" + std::to_string(++serial);
+    const char* templates[] = {"template0", "kavrin_empty", "kavrin_demo"};
+    Administer("CREATE DATABASE " + server_database_ + " TEMPLATE " +
+               templates[static_cast<int>(contents)] + " STRATEGY FILE_COPY");
+    connection_string_ = ServerConnectionString(server_database_);
+    return;
+  }
+  dir_ = NewDirectory();
   path_ = dir_ + "/suite.db";
-  CreateSuiteDatabase(FromUtf8("sqlite:" + path_), demo);
+  connection_string_ = FromUtf8("sqlite:" + path_);
+  if (contents != Contents::kNothing) {
+    CreateSuiteDatabase(connection_string_, contents == Contents::kDemo);
+  }
 }
 
 SuiteDb::~SuiteDb() {
+  if (!server_database_.empty()) {
+    try {
+      Administer("DROP DATABASE IF EXISTS " + server_database_ + " WITH (FORCE)");
+    } catch (...) {
+      // The harness removes the whole server at the end.
+    }
+    return;
+  }
   std::error_code ignored;
   std::filesystem::remove_all(dir_, ignored);
 }
 
 void SuiteDb::Exec(const std::string& sql) const {
   db::OpenForSetup(ConnectionString())->ExecuteScript(FromUtf8(sql));
+}
+
+void SuiteDb::DropSessions() const {
+  if (server_database_.empty()) throw std::logic_error("DropSessions needs a server database");
+  Administer("SELECT pg_terminate_backend(pid, 10000) FROM pg_stat_activity WHERE datname = '" +
+             server_database_ + "' AND pid <> pg_backend_pid()");
 }
 
 QueryTrace::QueryTrace(KitDatabase& db) {

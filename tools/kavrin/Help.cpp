@@ -82,7 +82,8 @@ constexpr std::string_view kInitDbHelp =
 Creates a suite database holding the tables clsPub reads, with the server's
 types and collations (text compares without regard to case, trailing blanks
 ignored). PATH is a SQLite file to create (sqlite: prefix optional), or
-odbc:CONNECTION-STRING to create the tables on a database server. With
+odbc:CONNECTION-STRING to create the tables in an existing database on a
+server (on PostgreSQL this needs a superuser). With
 --demo the tables are filled with a small sample company (an office-furniture
 maker with three warehouses). Fails (exit 2) when a table already exists.
 )";

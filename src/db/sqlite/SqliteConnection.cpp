@@ -161,6 +161,7 @@ class SqliteConnection final : public Connection {
   }
 
   String Engine() const override { return u"sqlite"; }
+  String Dbms() const override { return u"SQLite"; }
 
  private:
   // Whether the rest of the text after the first statement holds another

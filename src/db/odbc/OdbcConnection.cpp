@@ -1,0 +1,484 @@
+#include "db/odbc/OdbcConnection.h"
+
+#include <sql.h>
+#include <sqlext.h>
+#include <sqlucode.h>
+
+#include <cstdio>
+#include <optional>
+
+#include "db/DeclaredType.h"
+#include "db/SqlText.h"
+#include "kavrin/Error.h"
+#include "kavrin/OleDate.h"
+
+namespace kavrin::db::odbc {
+
+static_assert(sizeof(SQLWCHAR) == sizeof(char16_t), "the wide ODBC API must be UTF-16");
+
+namespace {
+
+const String kSource = u"Kavrin.ODBC";
+
+SQLWCHAR* Wide(const char16_t* text) {
+  return reinterpret_cast<SQLWCHAR*>(const_cast<char16_t*>(text));
+}
+
+bool Succeeded(SQLRETURN rc) {
+  return rc == SQL_SUCCESS || rc == SQL_SUCCESS_WITH_INFO;
+}
+
+bool Contains(StringView text, StringView part) {
+  return text.find(part) != StringView::npos;
+}
+
+bool StartsWith(StringView text, StringView prefix) {
+  return text.substr(0, prefix.size()) == prefix;
+}
+
+// The provider number for a SQLSTATE: unknown tables, lost or refused
+// connections, timeouts; everything else is a rejected statement.
+int32_t NumberForState(StringView state) {
+  if (state == u"42S02" || state == u"42P01") return errors::kProviderNoTable;
+  if (StartsWith(state, u"08") || state == u"HYT01" || state == u"57P01" || state == u"57P02" ||
+      state == u"57P03") {
+    return errors::kProviderFailure;
+  }
+  if (state == u"HYT00" || state == u"57014") return errors::kProviderTimeout;
+  return errors::kProviderSyntax;
+}
+
+String TrimEnd(String text) {
+  while (!text.empty() && (text.back() == u' ' || text.back() == u'\n' || text.back() == u'\r' ||
+                           text.back() == u'\t')) {
+    text.pop_back();
+  }
+  return text;
+}
+
+// The driver's diagnostics for the latest call on `handle`, as an Error:
+// each message with its SQLSTATE, the number from the first one. `number`,
+// when given, overrides the number the SQLSTATE would give.
+[[noreturn]] void Fail(SQLSMALLINT type, SQLHANDLE handle, StringView doing,
+                       std::optional<int32_t> number = std::nullopt) {
+  String description;
+  String first_state;
+  for (SQLSMALLINT record = 1;; ++record) {
+    SQLWCHAR state[6] = {};
+    SQLINTEGER native = 0;
+    SQLSMALLINT length = 0;
+    SQLRETURN rc = SQLGetDiagRecW(type, handle, record, state, &native, nullptr, 0, &length);
+    if (!Succeeded(rc)) break;
+    String message(static_cast<size_t>(length) + 1, u'\0');
+    rc = SQLGetDiagRecW(type, handle, record, state, &native, Wide(message.data()),
+                        static_cast<SQLSMALLINT>(message.size()), &length);
+    if (!Succeeded(rc)) break;
+    message.resize(std::min<size_t>(static_cast<size_t>(length), message.size() - 1));
+    message = TrimEnd(message.substr(0, message.find(u'\0')));
+    const String sqlstate(reinterpret_cast<const char16_t*>(state), 5);
+    if (first_state.empty()) first_state = sqlstate;
+    if (message.empty()) continue;  // some drivers repeat a state without a message
+    if (!description.empty()) description += u"\n";
+    description += message + u" (SQLSTATE " + sqlstate + u")";
+  }
+  if (description.empty()) {
+    description = u"The ODBC driver failed while " + String(doing) + u" and gave no reason.";
+  }
+  const int32_t chosen =
+      number ? *number
+             : (first_state.empty() ? errors::kProviderFailure : NumberForState(first_state));
+  throw Error(chosen, kSource, description);
+}
+
+[[noreturn]] void Refuse(StringView why) {
+  throw Error(errors::kProviderSyntax, kSource, String(why));
+}
+
+// One ODBC handle, freed with its owner.
+class Handle {
+ public:
+  Handle() = default;
+  Handle(SQLSMALLINT type, SQLHANDLE parent) : type_(type) {
+    if (!Succeeded(SQLAllocHandle(type, parent, &handle_))) {
+      handle_ = SQL_NULL_HANDLE;
+      if (parent != SQL_NULL_HANDLE) {
+        Fail(type == SQL_HANDLE_STMT ? SQL_HANDLE_DBC : SQL_HANDLE_ENV, parent,
+             u"allocating a handle");
+      }
+      throw Error(errors::kProviderFailure, kSource,
+                  u"The ODBC driver manager could not be initialized.");
+    }
+  }
+  ~Handle() { Reset(); }
+  Handle(Handle&& other) noexcept : type_(other.type_), handle_(other.handle_) {
+    other.handle_ = SQL_NULL_HANDLE;
+  }
+  Handle& operator=(Handle&& other) noexcept {
+    if (this != &other) {
+      Reset();
+      type_ = other.type_;
+      handle_ = other.handle_;
+      other.handle_ = SQL_NULL_HANDLE;
+    }
+    return *this;
+  }
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+
+  SQLHANDLE get() const { return handle_; }
+  SQLSMALLINT type() const { return type_; }
+  explicit operator bool() const { return handle_ != SQL_NULL_HANDLE; }
+  void Reset() {
+    if (handle_ != SQL_NULL_HANDLE) SQLFreeHandle(type_, handle_);
+    handle_ = SQL_NULL_HANDLE;
+  }
+
+ private:
+  SQLSMALLINT type_ = SQL_HANDLE_ENV;
+  SQLHANDLE handle_ = SQL_NULL_HANDLE;
+};
+
+void Check(const Handle& handle, SQLRETURN rc, StringView doing) {
+  if (!Succeeded(rc) && rc != SQL_NO_DATA) Fail(handle.type(), handle.get(), doing);
+}
+
+// The value type of a result column, from the ODBC type and the server's name
+// for it (booleans that a driver hands out as text still read as Booleans).
+VarType TypeFromOdbc(SQLSMALLINT sql_type, StringView type_name) {
+  if (TypeFromDeclared(type_name) == VarType::Boolean) return VarType::Boolean;
+  switch (sql_type) {
+    case SQL_BIT:
+      return VarType::Boolean;
+    case SQL_TINYINT:
+      return VarType::Byte;
+    case SQL_SMALLINT:
+      return VarType::Integer;
+    case SQL_INTEGER:
+      return VarType::Long;
+    case SQL_BIGINT:
+    case SQL_REAL:
+    case SQL_FLOAT:
+    case SQL_DOUBLE:
+    case SQL_NUMERIC:
+    case SQL_DECIMAL:
+      return VarType::Double;
+    case SQL_TYPE_DATE:
+    case SQL_TYPE_TIMESTAMP:
+    case SQL_DATE:
+    case SQL_TIMESTAMP:
+      return VarType::Date;
+    case SQL_CHAR:
+    case SQL_VARCHAR:
+    case SQL_LONGVARCHAR:
+    case SQL_WCHAR:
+    case SQL_WVARCHAR:
+    case SQL_WLONGVARCHAR:
+      return VarType::String;
+    default:
+      return VarType::Variant;  // read as its text
+  }
+}
+
+String ReadText(const Handle& stmt, SQLUSMALLINT column, bool& is_null) {
+  String text;
+  char16_t buffer[2048];
+  constexpr auto kBytes = static_cast<SQLLEN>(sizeof buffer);
+  for (;;) {
+    SQLLEN indicator = 0;
+    const SQLRETURN rc = SQLGetData(stmt.get(), column, SQL_C_WCHAR, buffer, kBytes, &indicator);
+    if (rc == SQL_NO_DATA) break;
+    Check(stmt, rc, u"reading a value");
+    if (indicator == SQL_NULL_DATA) {
+      is_null = true;
+      return {};
+    }
+    const bool truncated = indicator == SQL_NO_TOTAL || indicator >= kBytes;
+    const size_t units = truncated ? std::size(buffer) - 1 : static_cast<size_t>(indicator) / 2;
+    text.append(buffer, units);
+    if (!truncated) break;
+  }
+  is_null = false;
+  return text;
+}
+
+// A server timestamp as a date; one outside the dates' range (years 100 to
+// 9999) stays the text the server would show.
+Variant TimestampToDate(const SQL_TIMESTAMP_STRUCT& ts) {
+  const auto date = MakeDate({ts.year, ts.month, ts.day, ts.hour, ts.minute, ts.second});
+  if (!date) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02u %02u:%02u:%02u", ts.year, ts.month, ts.day,
+                  ts.hour, ts.minute, ts.second);
+    return FromUtf8(text);
+  }
+  const double fraction = static_cast<double>(ts.fraction) / 86400e9;
+  return Date{date->value < 0 ? date->value - fraction : date->value + fraction};
+}
+
+template <typename T>
+bool ReadFixed(const Handle& stmt, SQLUSMALLINT column, SQLSMALLINT c_type, T& value) {
+  SQLLEN indicator = 0;
+  Check(stmt, SQLGetData(stmt.get(), column, c_type, &value, sizeof value, &indicator),
+        u"reading a value");
+  return indicator != SQL_NULL_DATA;
+}
+
+Variant ReadValue(const Handle& stmt, SQLUSMALLINT column, VarType type) {
+  switch (type) {
+    case VarType::Boolean: {
+      SQLCHAR value = 0;
+      if (!ReadFixed(stmt, column, SQL_C_BIT, value)) return Variant::Null();
+      return value != 0;
+    }
+    case VarType::Byte: {
+      SQLCHAR value = 0;
+      if (!ReadFixed(stmt, column, SQL_C_UTINYINT, value)) return Variant::Null();
+      return static_cast<uint8_t>(value);
+    }
+    case VarType::Integer: {
+      SQLSMALLINT value = 0;
+      if (!ReadFixed(stmt, column, SQL_C_SSHORT, value)) return Variant::Null();
+      return static_cast<int16_t>(value);
+    }
+    case VarType::Long: {
+      SQLINTEGER value = 0;
+      if (!ReadFixed(stmt, column, SQL_C_SLONG, value)) return Variant::Null();
+      return static_cast<int32_t>(value);
+    }
+    case VarType::Double: {
+      SQLDOUBLE value = 0;
+      if (!ReadFixed(stmt, column, SQL_C_DOUBLE, value)) return Variant::Null();
+      return static_cast<double>(value);
+    }
+    case VarType::Date: {
+      SQL_TIMESTAMP_STRUCT value{};
+      if (!ReadFixed(stmt, column, SQL_C_TYPE_TIMESTAMP, value)) return Variant::Null();
+      return TimestampToDate(value);
+    }
+    default: {
+      bool is_null = false;
+      String text = ReadText(stmt, column, is_null);
+      if (is_null) return Variant::Null();
+      return text;
+    }
+  }
+}
+
+// The environment and connection handles, shared by a connection and its
+// cursors: a cursor that outlives its connection still frees its statement
+// before the connection is closed.
+struct Session {
+  Handle env;
+  Handle dbc;
+  bool connected = false;
+
+  Session() = default;
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session() {
+    if (connected) SQLDisconnect(dbc.get());
+  }
+};
+
+class OdbcCursor final : public Cursor {
+ public:
+  OdbcCursor(std::shared_ptr<Session> session, Handle stmt, std::vector<ColumnInfo> columns)
+      : session_(std::move(session)), stmt_(std::move(stmt)), columns_(std::move(columns)) {}
+
+  const std::vector<ColumnInfo>& Columns() const override { return columns_; }
+
+  bool Next() override {
+    if (!stmt_) return false;
+    const SQLRETURN rc = SQLFetch(stmt_.get());
+    if (rc == SQL_NO_DATA) {
+      stmt_.Reset();
+      row_.clear();
+      return false;
+    }
+    Check(stmt_, rc, u"fetching a row");
+    // Every value of the row is read at once, in column order, as some
+    // drivers require.
+    row_.clear();
+    row_.reserve(columns_.size());
+    for (size_t i = 0; i < columns_.size(); ++i) {
+      row_.push_back(ReadValue(stmt_, static_cast<SQLUSMALLINT>(i + 1), columns_[i].type));
+    }
+    return true;
+  }
+
+  Variant Value(size_t index) const override { return row_.at(index); }
+
+ private:
+  std::shared_ptr<Session> session_;
+  Handle stmt_;
+  std::vector<ColumnInfo> columns_;
+  std::vector<Variant> row_;
+};
+
+class OdbcConnection final : public Connection {
+ public:
+  OdbcConnection(bool writable, const Timeouts& timeouts)
+      : writable_(writable), timeouts_(timeouts), session_(std::make_shared<Session>()) {}
+
+  void Connect(StringView connection_string) {
+    Handle& env = session_->env;
+    env = Handle(SQL_HANDLE_ENV, SQL_NULL_HANDLE);
+    Check(env,
+          SQLSetEnvAttr(env.get(), SQL_ATTR_ODBC_VERSION,
+                        reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_OV_ODBC3)), 0),
+          u"choosing ODBC 3");
+    session_->dbc = Handle(SQL_HANDLE_DBC, env.get());
+    // Timeouts are requests: a driver that does not know one keeps its own.
+    SetConnectAttribute(SQL_ATTR_LOGIN_TIMEOUT, timeouts_.login_seconds);
+    SetConnectAttribute(SQL_ATTR_CONNECTION_TIMEOUT, timeouts_.connection_seconds);
+    const String text(connection_string);
+    const SQLRETURN rc = SQLDriverConnectW(Dbc(), nullptr, Wide(text.c_str()), SQL_NTS, nullptr, 0,
+                                           nullptr, SQL_DRIVER_NOPROMPT);
+    if (!Succeeded(rc)) {
+      Fail(SQL_HANDLE_DBC, Dbc(), u"connecting", errors::kProviderFailure);
+    }
+    session_->connected = true;
+    if (!writable_) SetConnectAttribute(SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY);
+
+    dbms_ = InfoText(SQL_DBMS_NAME);
+    SQLUSMALLINT identifier_case = 0;
+    if (Succeeded(SQLGetInfoW(Dbc(), SQL_IDENTIFIER_CASE, &identifier_case, sizeof identifier_case,
+                              nullptr))) {
+      folds_names_to_lower_ = identifier_case == SQL_IC_LOWER;
+    }
+    if (Contains(dbms_, u"PostgreSQL")) {
+      quoting_.dollar_quotes = true;
+      quoting_.escape_strings = true;
+      // Literals are read as the statement splitter reads them, and a reading
+      // session cannot write whatever a statement tries.
+      Execute(u"SET standard_conforming_strings = on", timeouts_.query_seconds);
+      if (!writable_) {
+        Execute(u"SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY", timeouts_.query_seconds);
+      }
+    } else if (Contains(dbms_, u"SQL Server") || Contains(dbms_, u"Adaptive Server")) {
+      quoting_.brackets = true;
+    }
+  }
+
+  std::unique_ptr<Cursor> Query(StringView sql) override {
+    const auto statements = SplitStatements(sql, quoting_);
+    if (statements.empty()) Refuse(u"The command text holds no statement.");
+    if (statements.size() > 1) Refuse(u"The command text holds more than one statement.");
+    if (!writable_ && !EqualsNoCase(LeadingWord(statements[0], quoting_), u"select")) {
+      Refuse(u"Only statements that read are allowed.");
+    }
+    Handle stmt = Execute(statements[0], timeouts_.query_seconds);
+    SQLSMALLINT count = 0;
+    Check(stmt, SQLNumResultCols(stmt.get(), &count), u"describing the result");
+    std::vector<ColumnInfo> columns;
+    columns.reserve(static_cast<size_t>(count));
+    for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(count); ++i) {
+      columns.push_back(Describe(stmt, i, sql));
+    }
+    return std::make_unique<OdbcCursor>(session_, std::move(stmt), std::move(columns));
+  }
+
+  void ExecuteScript(StringView sql) override {
+    if (!writable_) Refuse(u"The connection is read-only.");
+    for (StringView statement : SplitStatements(sql, quoting_)) {
+      Handle stmt = Execute(statement, timeouts_.script_seconds);
+      SQLRETURN rc;
+      while (Succeeded(rc = SQLMoreResults(stmt.get()))) {
+      }
+      Check(stmt, rc, u"running a script");
+    }
+  }
+
+  String Engine() const override { return u"odbc"; }
+  String Dbms() const override { return dbms_; }
+
+ private:
+  SQLHDBC Dbc() const { return session_->dbc.get(); }
+
+  void SetConnectAttribute(SQLINTEGER attribute, SQLULEN value) {
+    SQLSetConnectAttrW(Dbc(), attribute,
+                       reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(value)), 0);
+  }
+
+  String InfoText(SQLUSMALLINT what) const {
+    SQLWCHAR buffer[256] = {};
+    SQLSMALLINT bytes = 0;
+    if (!Succeeded(SQLGetInfoW(Dbc(), what, buffer, sizeof buffer, &bytes))) return {};
+    return String(reinterpret_cast<const char16_t*>(buffer));
+  }
+
+  // A connection the server or the network has dropped fails every call at
+  // once, without waiting on the driver.
+  void RequireAlive() const {
+    SQLUINTEGER dead = SQL_CD_FALSE;
+    if (Succeeded(SQLGetConnectAttrW(Dbc(), SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr)) &&
+        dead == SQL_CD_TRUE) {
+      throw Error(errors::kProviderFailure, kSource,
+                  u"The connection to the database server has been lost.");
+    }
+  }
+
+  Handle Execute(StringView sql, SQLULEN timeout_seconds) {
+    RequireAlive();
+    Handle stmt(SQL_HANDLE_STMT, Dbc());
+    SQLSetStmtAttrW(stmt.get(), SQL_ATTR_QUERY_TIMEOUT,
+                    reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(timeout_seconds)), 0);
+    const String text(sql);
+    const SQLRETURN rc =
+        SQLExecDirectW(stmt.get(), Wide(text.data()), static_cast<SQLINTEGER>(text.size()));
+    Check(stmt, rc, u"running a statement");
+    return stmt;
+  }
+
+  ColumnInfo Describe(const Handle& stmt, SQLUSMALLINT column, StringView sql) const {
+    SQLWCHAR name[256] = {};
+    SQLSMALLINT name_length = 0;
+    SQLSMALLINT sql_type = 0;
+    SQLULEN size = 0;
+    SQLSMALLINT digits = 0;
+    SQLSMALLINT nullable = 0;
+    Check(stmt,
+          SQLDescribeColW(stmt.get(), column, name, static_cast<SQLSMALLINT>(std::size(name)),
+                          &name_length, &sql_type, &size, &digits, &nullable),
+          u"describing a column");
+    SQLWCHAR type_name[128] = {};
+    SQLSMALLINT type_name_bytes = 0;
+    SQLColAttributeW(stmt.get(), column, SQL_DESC_TYPE_NAME, type_name, sizeof type_name,
+                     &type_name_bytes, nullptr);
+    ColumnInfo info;
+    info.name = reinterpret_cast<const char16_t*>(name);
+    info.type = TypeFromOdbc(sql_type, reinterpret_cast<const char16_t*>(type_name));
+    if (folds_names_to_lower_) info.name = SpellingIn(sql, info.name);
+    return info;
+  }
+
+  // A server that folds unquoted names to lower case hands back "curmonth"
+  // for "AS CurMonth": the name takes the spelling the statement gives it.
+  String SpellingIn(StringView sql, const String& name) const {
+    for (char16_t c : name) {
+      if (c >= u'A' && c <= u'Z') return name;  // a quoted name, kept as it is
+    }
+    for (StringView word : Words(sql, quoting_)) {
+      if (EqualsNoCase(word, name)) return String(word);
+    }
+    return name;
+  }
+
+  bool writable_;
+  Timeouts timeouts_;
+  std::shared_ptr<Session> session_;
+  String dbms_;
+  SqlQuoting quoting_;
+  bool folds_names_to_lower_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Connection> Connect(StringView connection_string, bool writable,
+                                    const Timeouts& timeouts) {
+  auto connection = std::make_unique<OdbcConnection>(writable, timeouts);
+  connection->Connect(connection_string);
+  return connection;
+}
+
+}  // namespace kavrin::db::odbc
