@@ -15,9 +15,9 @@ class CallArguments;
 
 struct ParameterInfo {
   const char16_t* name;
-  VarType type;           // VarType::Variant for a Variant, Object for an object
-  bool optional = false;  // may be omitted
-  bool written = false;   // the member writes into the caller's argument
+  VarType type;                           // VarType::Variant for a Variant, Object for an object
+  bool optional = false;                  // may be omitted
+  bool written = false;                   // the member writes into the caller's argument
   const char16_t* object_type = nullptr;  // the class of an object parameter
 };
 

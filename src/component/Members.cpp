@@ -46,8 +46,9 @@ constexpr P kCode[] = {{u"Code", kString}};
 constexpr P kFormatNum1[] = {
     {u"Num", kDouble}, {u"DecimalLength", kInteger, kOptional}, {u"DispZero", kVariant, kOptional}};
 constexpr P kJustID2Code[] = {{u"ID", kLong}};
-constexpr P kExistTableQueryDAO[] = {
-    {u"DB", kObject, false, false, u"Database"}, {u"TName", kString}, {u"IsQuery", kBoolean, kOptional}};
+constexpr P kExistTableQueryDAO[] = {{u"DB", kObject, false, false, u"Database"},
+                                     {u"TName", kString},
+                                     {u"IsQuery", kBoolean, kOptional}};
 constexpr P kStartAccMonth[] = {{u"SysID", kString, kOptional, kWritten}};
 constexpr P kJustIDs2CorBusType[] = {{u"ID", kLong}, {u"IsCor", kBoolean, kOptional}};
 constexpr P kDepartmentCheck[] = {{u"cString", kString}, {u"IsReturnName", kBoolean, kOptional}};

@@ -51,43 +51,43 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
 
   const Variant db = Object(db_);
   const std::vector<Call> calls = {
-      {{}, db},                                                      // DBIA (read)
-      {{db}, Variant()},                                             // DBIA (assign)
-      {{u"11", true, int16_t{4}}, u"11"},                            // CheckDirGrade
-      {{u"010102"}, u"010101"},                                      // CheckInv: first row
-      {{u"森林木业", int16_t{1}, true}, u"森林木业"},                // CheckDirNoGrade
-      {{}, Variant()},                                               // TextSelected
-      {{u"AA", u"cGoodClass"}, u"223"},                              // GetAccInfo
-      {{u"ignored.mdb"}, Variant()},                                 // init
-      {{u"01"}, u"先进先出法"},                                      // WhCodeToValueStyle
-      {{u"cInvCode", u"010101", u"iInvRCost", u"Inventory"}, 86.5},  // FromTo
-      {{u"01 原料库"}, u"01", {u" 01 原料库"}},                      // SepCode
-      {{1234.5}, u"1,234.50"},                                       // FormatNum
-      {{u"1,234.50"}, 1234.5},                                       // ReFormat
-      {{u"0101", uint8_t{7}}, u"板材"},                              // CodeToName
-      {{u"010101"}, u"张"},                                          // InvCodeToUnit
-      {{u"03"}, u"0201"},                                            // WhCodeToDep
-      {{u"010202"}, 18.75},                                          // InvCodeToUnitPrice
-      {{u"020101"}, u"0201"},                                        // InvCodeToClass
-      {{u"010201"}, true},                                           // InvIsBatch
-      {{u"03"}, u"全月平均法"},                                      // DepCodeToValueStyle
-      {{}, current_period},                                          // CurPeriod
-      {{1234.5678, int16_t{3}}, u"1,234.568"},                       // FormatNum1
-      {{int32_t{9001}}, u"0000000001"},                              // JustID2Code
-      {{Variant(Object(desktop)), u"inventory"}, true},              // ExistTableQueryDAO
-      {{}, true},                                                    // CheckWareDep
-      {{u""}, uint8_t{1}, {u"IA"}},                                  // StartAccMonth
-      {{int32_t{9001}, true}, u"普通采购"},                          // JustIDs2CorBusType
-      {{u"01"}, u"01"},                                              // CheckAssDep
-      {{u"020101", u"bSale"}, true},                                 // InvCodeIsTorF
-      {{u"销售部", true}, u"销售部"},                                // CheckAccDep
-      {{}, Date{46112}},                                             // SubMaxKeepDate
-      {{u"0201"}, u"03"},                                            // DepCode2WhCode
-      {{uint8_t{9}}, true},                                          // IsEndHandled
-      {{int16_t{2}, int16_t{7}}, int16_t{4}},                        // CodeGrade2Length
-      {{Variant(Object(list))}, Variant()},                          // FillCboCK
-      {{u"GL", int16_t{2}}, true},                                   // GetMonthState
-      {{u"020101", no_switches}, Variant(), {u"020101", free_items}},  // GetInvUseFreeNew
+      {{}, db},                                                         // DBIA (read)
+      {{db}, Variant()},                                                // DBIA (assign)
+      {{u"11", true, int16_t{4}}, u"11"},                               // CheckDirGrade
+      {{u"010102"}, u"010101"},                                         // CheckInv: first row
+      {{u"森林木业", int16_t{1}, true}, u"森林木业"},                   // CheckDirNoGrade
+      {{}, Variant()},                                                  // TextSelected
+      {{u"AA", u"cGoodClass"}, u"223"},                                 // GetAccInfo
+      {{u"ignored.mdb"}, Variant()},                                    // init
+      {{u"01"}, u"先进先出法"},                                         // WhCodeToValueStyle
+      {{u"cInvCode", u"010101", u"iInvRCost", u"Inventory"}, 86.5},     // FromTo
+      {{u"01 原料库"}, u"01", {u" 01 原料库"}},                         // SepCode
+      {{1234.5}, u"1,234.50"},                                          // FormatNum
+      {{u"1,234.50"}, 1234.5},                                          // ReFormat
+      {{u"0101", uint8_t{7}}, u"板材"},                                 // CodeToName
+      {{u"010101"}, u"张"},                                             // InvCodeToUnit
+      {{u"03"}, u"0201"},                                               // WhCodeToDep
+      {{u"010202"}, 18.75},                                             // InvCodeToUnitPrice
+      {{u"020101"}, u"0201"},                                           // InvCodeToClass
+      {{u"010201"}, true},                                              // InvIsBatch
+      {{u"03"}, u"全月平均法"},                                         // DepCodeToValueStyle
+      {{}, current_period},                                             // CurPeriod
+      {{1234.5678, int16_t{3}}, u"1,234.568"},                          // FormatNum1
+      {{int32_t{9001}}, u"0000000001"},                                 // JustID2Code
+      {{Variant(Object(desktop)), u"inventory"}, true},                 // ExistTableQueryDAO
+      {{}, true},                                                       // CheckWareDep
+      {{u""}, uint8_t{1}, {u"IA"}},                                     // StartAccMonth
+      {{int32_t{9001}, true}, u"普通采购"},                             // JustIDs2CorBusType
+      {{u"01"}, u"01"},                                                 // CheckAssDep
+      {{u"020101", u"bSale"}, true},                                    // InvCodeIsTorF
+      {{u"销售部", true}, u"销售部"},                                   // CheckAccDep
+      {{}, Date{46112}},                                                // SubMaxKeepDate
+      {{u"0201"}, u"03"},                                               // DepCode2WhCode
+      {{uint8_t{9}}, true},                                             // IsEndHandled
+      {{int16_t{2}, int16_t{7}}, int16_t{4}},                           // CodeGrade2Length
+      {{Variant(Object(list))}, Variant()},                             // FillCboCK
+      {{u"GL", int16_t{2}}, true},                                      // GetMonthState
+      {{u"020101", no_switches}, Variant(), {u"020101", free_items}},   // GetInvUseFreeNew
       {{u"010102", false, false}, Variant(), {u"010102", true, true}},  // GetInvUseFree
       {{u"01", u"0101", u"010101", u"", u""},
        Variant(),
@@ -109,9 +109,8 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
 
   EXPECT_EQ(box->writes, (std::vector<FakeControl::Write>{{u"SelStart", int16_t{0}},
                                                           {u"SelLength", int16_t{6}}}));
-  EXPECT_EQ(list->items,
-            (std::vector<String>{u"01             原料库", u"02             成品库",
-                                 u"03             车间库"}));
+  EXPECT_EQ(list->items, (std::vector<String>{u"01             原料库", u"02             成品库",
+                                              u"03             车间库"}));
   EXPECT_TRUE(ui_->shown.empty());
 }
 
