@@ -60,7 +60,9 @@ struct StatementDeleter {
 using Statement = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
 
 // A column value as stored, typed as the column's declared type says.
-Variant ReadValue(sqlite3_stmt* stmt, int i, VarType type) {
+// A column value as stored, typed as the column's declared type says. A text
+// of a UTF-8 database is turned into UTF-16 here rather than by SQLite.
+Variant ReadValue(sqlite3_stmt* stmt, int i, VarType type, bool utf8) {
   Variant stored;
   switch (sqlite3_column_type(stmt, i)) {
     case SQLITE_NULL:
@@ -74,32 +76,69 @@ Variant ReadValue(sqlite3_stmt* stmt, int i, VarType type) {
     case SQLITE_FLOAT:
       stored = sqlite3_column_double(stmt, i);
       break;
-    default: {
-      const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(stmt, i));
-      const int bytes = sqlite3_column_bytes16(stmt, i);
-      stored = String(text ? text : u"", static_cast<size_t>(bytes / 2));
-    }
+    default:  // a text, or a blob read as one
+      if (utf8) {
+        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt, i));
+        const auto bytes = static_cast<size_t>(sqlite3_column_bytes(stmt, i));
+        stored = StoredTextAsUtf16(std::string_view(text ? text : "", bytes));
+      } else {
+        const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(stmt, i));
+        const int bytes = sqlite3_column_bytes16(stmt, i);
+        stored = String(text ? text : u"", static_cast<size_t>(bytes / 2));
+      }
   }
   return CoerceStored(std::move(stored), type);
 }
 
-ColumnInfo Describe(sqlite3* db, sqlite3_stmt* stmt, int i) {
-  ColumnInfo info;
-  info.name = static_cast<const char16_t*>(sqlite3_column_name16(stmt, i));
-  const char* declared = sqlite3_column_decltype(stmt, i);
-  info.type = declared ? TypeFromDeclared(FromUtf8(declared)) : VarType::Variant;
-  const char* table = sqlite3_column_table_name(stmt, i);
-  const char* origin = sqlite3_column_origin_name(stmt, i);
-  const char* schema = sqlite3_column_database_name(stmt, i);
-  const char* collation = nullptr;
-  if (table && origin &&
-      sqlite3_table_column_metadata(db, schema, table, origin, nullptr, &collation, nullptr,
-                                    nullptr, nullptr) == SQLITE_OK &&
-      collation) {
-    info.collation = FromUtf8(collation);
+// Describes the columns of statements: the name each gets, the value type
+// its declared type stands for and its source column's collation. A column
+// described once is known by its name, declared type and source, per data
+// version: only a commit can change a table's definition.
+class Describer {
+ public:
+  explicit Describer(sqlite3* db) : db_(db) {}
+
+  ColumnInfo Describe(sqlite3_stmt* stmt, int i) {
+    const char* name = sqlite3_column_name(stmt, i);
+    const char* declared = sqlite3_column_decltype(stmt, i);
+    const char* table = sqlite3_column_table_name(stmt, i);
+    const char* origin = sqlite3_column_origin_name(stmt, i);
+    const char* schema = sqlite3_column_database_name(stmt, i);
+    key_.clear();
+    for (const char* part : {name, declared, table, origin, schema}) {
+      key_ += part ? part : "";
+      key_.push_back('\0');
+      key_.push_back(part ? '+' : '-');
+    }
+    unsigned int version = 0;
+    sqlite3_file_control(db_, "main", SQLITE_FCNTL_DATA_VERSION, &version);
+    if (version != version_ || known_.size() >= kMostKnown) {
+      known_.clear();
+      version_ = version;
+    }
+    if (const auto found = known_.find(key_); found != known_.end()) return found->second;
+
+    ColumnInfo info;
+    info.name = static_cast<const char16_t*>(sqlite3_column_name16(stmt, i));
+    info.type = declared ? TypeFromDeclared(FromUtf8(declared)) : VarType::Variant;
+    const char* collation = nullptr;
+    if (table && origin &&
+        sqlite3_table_column_metadata(db_, schema, table, origin, nullptr, &collation, nullptr,
+                                      nullptr, nullptr) == SQLITE_OK &&
+        collation) {
+      info.collation = FromUtf8(collation);
+    }
+    known_.emplace(key_, info);
+    return info;
   }
-  return info;
-}
+
+ private:
+  static constexpr size_t kMostKnown = 4096;
+  sqlite3* db_;
+  unsigned int version_ = 0;
+  std::string key_;
+  std::unordered_map<std::string, ColumnInfo> known_;
+};
 
 // Steps `stmt` once: true on a row, false at the end. Reaching the end
 // resets the statement at once, which ends its read.
@@ -113,11 +152,12 @@ bool Step(sqlite3* db, sqlite3_stmt* stmt) {
 
 class SqliteCursor final : public Cursor {
  public:
-  SqliteCursor(sqlite3* db, Statement stmt) : db_(db), stmt_(std::move(stmt)) {
+  SqliteCursor(sqlite3* db, Statement stmt, Describer& describer, bool utf8)
+      : db_(db), stmt_(std::move(stmt)), utf8_(utf8) {
     const int count = sqlite3_column_count(stmt_.get());
     columns_.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
-      columns_.push_back(Describe(db_, stmt_.get(), i));
+      columns_.push_back(describer.Describe(stmt_.get(), i));
   }
 
   const std::vector<ColumnInfo>& Columns() const override { return columns_; }
@@ -130,7 +170,7 @@ class SqliteCursor final : public Cursor {
   }
 
   Variant Value(size_t index) const override {
-    return ReadValue(stmt_.get(), static_cast<int>(index), columns_[index].type);
+    return ReadValue(stmt_.get(), static_cast<int>(index), columns_[index].type, utf8_);
   }
 
   bool Rewind() override {
@@ -142,6 +182,7 @@ class SqliteCursor final : public Cursor {
  private:
   sqlite3* db_;
   Statement stmt_;
+  bool utf8_;
   std::vector<ColumnInfo> columns_;
   bool done_ = false;
 };
@@ -149,6 +190,7 @@ class SqliteCursor final : public Cursor {
 // What a table read by key needs: its name as the caller wrote it, the name
 // under which its rowid is selected, and the columns of SELECT *.
 struct TableShape {
+  bool utf8 = true;  // the database keeps its texts in UTF-8
   std::string name;
   std::string key;
   std::vector<ColumnInfo> columns;
@@ -169,7 +211,8 @@ class SqliteTableCursor final : public TableCursor {
     return false;
   }
   Variant Value(size_t index) const override {
-    return ReadValue(stmt_.get(), static_cast<int>(index) + 1, shape_->columns[index].type);
+    return ReadValue(stmt_.get(), static_cast<int>(index) + 1, shape_->columns[index].type,
+                     shape_->utf8);
   }
   int64_t Key() const override { return sqlite3_column_int64(stmt_.get(), 0); }
 
@@ -255,7 +298,8 @@ class SqliteTable final : public Table {
 
 class SqliteConnection final : public Connection {
  public:
-  SqliteConnection(sqlite3* db, bool writable) : db_(db), writable_(writable) {}
+  SqliteConnection(sqlite3* db, bool writable, bool utf8)
+      : db_(db), writable_(writable), utf8_(utf8), describer_(db) {}
   ~SqliteConnection() override { sqlite3_close_v2(db_); }
 
   std::unique_ptr<Cursor> Query(StringView sql) override {
@@ -270,7 +314,7 @@ class SqliteConnection final : public Connection {
     if (HoldsAnotherStatement(tail, text))
       Refuse("The command text holds more than one statement.");
     if (!sqlite3_stmt_readonly(stmt.get())) Refuse("Only statements that read are allowed.");
-    return std::make_unique<SqliteCursor>(db_, std::move(stmt));
+    return std::make_unique<SqliteCursor>(db_, std::move(stmt), describer_, utf8_);
   }
 
   void ExecuteScript(StringView sql) override {
@@ -335,14 +379,15 @@ class SqliteConnection final : public Connection {
   // does not give its rows in rowid order: a view, a table without rowids, a
   // virtual table, a name qualified by a schema, or a plan that reads the
   // rows through an index.
-  std::shared_ptr<const TableShape> Shape(StringView name) const {
+  std::shared_ptr<const TableShape> Shape(StringView name) {
     if (name.find(u'.') != StringView::npos) return nullptr;
     auto shape = std::make_shared<TableShape>();
+    shape->utf8 = utf8_;
     shape->name = ToUtf8(name);
     auto all = TryPrepare("SELECT * FROM " + shape->name);
     if (!all) return nullptr;
     for (int i = 0; i < sqlite3_column_count(all.get()); ++i)
-      shape->columns.push_back(Describe(db_, all.get(), i));
+      shape->columns.push_back(describer_.Describe(all.get(), i));
 
     auto plan = TryPrepare("EXPLAIN QUERY PLAN SELECT * FROM " + shape->name);
     if (!plan) return nullptr;
@@ -392,10 +437,27 @@ class SqliteConnection final : public Connection {
 
   sqlite3* db_;
   bool writable_;
+  bool utf8_;
+  Describer describer_;
   std::unordered_map<std::string, std::shared_ptr<const TableShape>> shapes_;
 };
 
-void Configure(sqlite3* db, bool writable) {
+// Whether the database keeps its texts in UTF-8.
+bool StoresUtf8(sqlite3* db) {
+  sqlite3_stmt* stmt = nullptr;
+  bool utf8 = false;
+  if (sqlite3_prepare_v2(db, "PRAGMA encoding", -1, &stmt, nullptr) == SQLITE_OK &&
+      sqlite3_step(stmt) == SQLITE_ROW) {
+    const auto* encoding = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+    utf8 = encoding && std::strcmp(encoding, "UTF-8") == 0;
+  }
+  sqlite3_finalize(stmt);
+  return utf8;
+}
+
+// Configures a connection just opened; answers whether its database keeps
+// texts in UTF-8.
+bool Configure(sqlite3* db, bool writable) {
   sqlite3_extended_result_codes(db, 1);
   sqlite3_busy_timeout(db, kBusyTimeoutMs);
   sqlite3_db_config(db, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
@@ -411,7 +473,9 @@ void Configure(sqlite3* db, bool writable) {
   // Reading the schema proves the file is a database before the first call.
   rc = sqlite3_exec(db, "SELECT count(*) FROM sqlite_schema", nullptr, nullptr, nullptr);
   if (rc != SQLITE_OK) Fail(db, rc);
+  const bool utf8 = StoresUtf8(db);
   if (!writable) sqlite3_set_authorizer(db, Authorize, nullptr);
+  return utf8;
 }
 
 }  // namespace
@@ -425,13 +489,14 @@ std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable) {
     sqlite3_close_v2(db);
     throw Error(errors::kProviderFailure, kSource, message + u": " + FromUtf8(path));
   }
+  bool utf8 = false;
   try {
-    Configure(db, writable);
+    utf8 = Configure(db, writable);
   } catch (...) {
     sqlite3_close_v2(db);
     throw;
   }
-  return std::make_unique<SqliteConnection>(db, writable);
+  return std::make_unique<SqliteConnection>(db, writable, utf8);
 }
 
 }  // namespace kavrin::db::sqlite
