@@ -45,9 +45,10 @@ class RewindOnExit {
   db::Cursor* cursor_;
 };
 
-// Where a lazily read set stands: on a row, on the last row not yet read,
-// or past the last row.
-enum class At { kRow, kLast, kAfter };
+// Where a lazily read set stands: on its first row, whichever that is when
+// asked (where a set stands when opened and after MoveFirst); on a row; on
+// its last row, not yet read; or past its last row.
+enum class At { kFirst, kRow, kLast, kAfter };
 
 // Every row held in memory: what a record set on an engine that cannot
 // repeat a statement's row order uses, and the reference lazy sets answer as.
@@ -101,6 +102,9 @@ class LazyRows : public RowSource {
   // Lets go of whatever belongs to the data version held.
   virtual void Drop() = 0;
 
+  // Lets go of the connection, for a set that will not read again.
+  void Detach() { connection_.reset(); }
+
   std::optional<int64_t> KnownCount(const String& sql) const {
     return connection_->KnownCount(sql, version_);
   }
@@ -134,12 +138,14 @@ class QueryRows final : public LazyRows {
     empty_ = head_.empty();
     whole_ = ended;
     if (whole_) {
+      // Nothing more to read: the set needs neither its cursor nor the
+      // connection any longer.
       total_ = static_cast<int64_t>(head_.size());
       cursor_.reset();
+      Detach();
     } else {
       cursor_->Rewind();
     }
-    at_ = head_.empty() ? At::kAfter : At::kRow;
   }
 
   bool Empty() override {
@@ -286,7 +292,7 @@ class QueryRows final : public LazyRows {
   size_t chunk_ = kFirstChunkRows;
   std::optional<int64_t> total_;
   std::optional<bool> empty_;
-  At at_ = At::kAfter;
+  At at_ = At::kRow;  // on row position_: the first row when opened, whichever that is
   int64_t position_ = 0;
 };
 
@@ -297,29 +303,32 @@ class TableRows final : public LazyRows {
  public:
   TableRows(ConnectionState& connection, std::unique_ptr<db::Table> table, String count_sql)
       : LazyRows(connection), table_(std::move(table)), count_sql_(std::move(count_sql)) {
-    MoveFirst();
+    ReadFirst();
   }
 
-  bool Empty() override {
-    if (!first_known_) ReadFirst();
-    return !first_;
-  }
+  bool Empty() override { return !First(); }
   bool AtEnd() override { return Empty() || at_ == At::kAfter; }
 
   const std::vector<Variant>* Current() override {
+    if (at_ == At::kFirst) return First() ? &first_->values : nullptr;
     if (at_ == At::kLast) ReadLast();
     return at_ == At::kRow ? &current_.values : nullptr;
   }
 
-  void MoveFirst() override {
-    if (!first_known_) ReadFirst();
-    Land(first_);
-    ahead_.clear();
-    ahead_to_end_ = false;
-  }
-  void MoveLast() override { at_ = At::kLast; }  // read only when a value is asked for
+  // Neither move reads: MoveLast, MoveFirst reads nothing.
+  void MoveFirst() override { at_ = At::kFirst; }
+  void MoveLast() override { at_ = At::kLast; }
 
   void MoveNext() override {
+    if (at_ == At::kFirst) {
+      if (!First()) {
+        at_ = At::kAfter;
+        return;
+      }
+      Land(first_);
+      ahead_.clear();
+      ahead_to_end_ = false;
+    }
     if (at_ != At::kRow) {
       at_ = At::kAfter;
       return;
@@ -390,6 +399,12 @@ class TableRows final : public LazyRows {
     ahead_to_end_ = false;
   }
 
+  // The first row, read when not known.
+  const std::optional<KeyedRow>& First() {
+    if (!first_known_) ReadFirst();
+    return first_;
+  }
+
   void ReadFirst() {
     auto cursor = table_->Rows(std::nullopt);
     std::optional<KeyedRow> first;
@@ -433,7 +448,7 @@ class TableRows final : public LazyRows {
   std::optional<KeyedRow> first_;
   bool first_known_ = false;
   std::optional<int64_t> count_;
-  At at_ = At::kAfter;
+  At at_ = At::kFirst;
   KeyedRow current_;
   std::deque<KeyedRow> ahead_;  // the rows right after the current one
   bool ahead_to_end_ = false;   // and nothing after them

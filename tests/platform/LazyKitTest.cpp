@@ -241,5 +241,23 @@ TEST(LazyKit, WritersCommitWhileRecordSetsStayOpenAndLaterReadsSeeTheirRows) {
   EXPECT_EQ(pub.CheckDirNoGrade(u"0998", 0), u"0998");
 }
 
+TEST(LazyKit, ARecordSetThatReadsAgainAfterACommitAnswersFromTheNewDataThroughout) {
+  // Opened on an empty archive; an item is committed before the count is
+  // asked: the count and the first row then both come from the new data, as
+  // a record set opened after the commit would give them.
+  SuiteDb suite;
+  auto db = suite.Open();
+  auto table = db->OpenQuery(u"Inventory", 2);
+  auto query = db->OpenQuery(u"select * from inventory where cinvname='bolt'", 2);
+  EXPECT_TRUE(table->Bof() && table->Eof());
+  ASSERT_EQ(InsertWithoutWaiting(suite, "0001"), SQLITE_OK);
+  EXPECT_EQ(table->RecordCount(), 1);
+  EXPECT_EQ(table->Fields()(u"cInvCode").Value(), Variant(u"0001"));
+  EXPECT_FALSE(table->Bof());
+  // A short result is read whole when opened and stays as it was read.
+  EXPECT_EQ(query->RecordCount(), 0);
+  EXPECT_TRUE(query->Eof());
+}
+
 }  // namespace
 }  // namespace kavrin
