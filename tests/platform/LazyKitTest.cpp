@@ -85,10 +85,13 @@ std::vector<String> CriteriaFor(int rows) {
 
 // Runs the same random operations on a lazily read record set and on one
 // holding every row, and expects the same answer from both at every step.
-void ExpectSameAnswers(KitDatabase& db, const String& source, int rows, uint32_t seed) {
+using Opener = std::function<std::shared_ptr<KitRecordset>(const String& source)>;
+
+void ExpectSameAnswers(const Opener& open, KitDatabase& db, const String& source, int rows,
+                       uint32_t seed) {
   std::mt19937 random(seed);
   const auto criteria = CriteriaFor(rows);
-  auto lazy = db.OpenQuery(source, 2);
+  auto lazy = open(source);
   auto loaded = detail::OpenFullyLoaded(db, source);
   const String field_names[] = {u"cRdCode", u"CRDNAME", u"bRdEnd", u"crdcode"};
   for (int step = 0; step < 60; ++step) {
@@ -143,7 +146,7 @@ void ExpectSameAnswers(KitDatabase& db, const String& source, int rows, uint32_t
       operation = [](KitRecordset& rs) { return rs.Close(), std::string(); };
     } else {
       name = "reopen";
-      lazy = db.OpenQuery(source, 2);
+      lazy = open(source);
       loaded = detail::OpenFullyLoaded(db, source);
       continue;
     }
@@ -154,31 +157,98 @@ void ExpectSameAnswers(KitDatabase& db, const String& source, int rows, uint32_t
   }
 }
 
-TEST(LazyKit, AnswersAsARecordSetHoldingEveryRow) {
+const std::vector<String> kSources = {
+    u"Rd_Style",
+    u"rd_style",
+    u"vRd",
+    u"select * from rd_style",
+    u"select * from rd_style where crdname='purchase'",
+    u"select * from rd_style where crdcode='nothing'",
+    u"select crdcode, crdname, bRdEnd from rd_style order by crdname desc, irdgrade",
+};
+
+// Style tables of several sizes, around the rows a record set reads at once.
+template <typename Body>
+void ForEachStyleTable(Body&& body) {
   for (int rows : {0, 1, 17, 150, 1200}) {
     SuiteDb suite;
     FillStyles(suite, rows, rows == 150);
     suite.Exec("CREATE VIEW vRd AS SELECT * FROM Rd_Style");
+    body(suite, rows);
+    if (::testing::Test::HasFatalFailure()) return;
+  }
+}
+
+TEST(LazyKit, AnswersAsARecordSetHoldingEveryRow) {
+  ForEachStyleTable([](const SuiteDb& suite, int rows) {
     auto db = suite.Open();
     // The table is read by key, the view as a statement.
     ASSERT_NE(db->Connection()->state().engine->OpenTable(u"Rd_Style"), nullptr);
     ASSERT_EQ(db->Connection()->state().engine->OpenTable(u"vRd"), nullptr);
-    const std::vector<String> sources = {
-        u"Rd_Style",
-        u"rd_style",
-        u"vRd",
-        u"select * from rd_style",
-        u"select * from rd_style where crdname='purchase'",
-        u"select * from rd_style where crdcode='nothing'",
-        u"select crdcode, crdname, bRdEnd from rd_style order by crdname desc, irdgrade",
-    };
-    for (const auto& source : sources) {
+    const Opener open = [&db](const String& source) { return db->OpenQuery(source, 2); };
+    for (const auto& source : kSources) {
       for (uint32_t seed = 1; seed <= 12; ++seed) {
-        ExpectSameAnswers(*db, source, rows, seed * 7919 + static_cast<uint32_t>(rows));
+        ExpectSameAnswers(open, *db, source, rows, seed * 7919 + static_cast<uint32_t>(rows));
         if (::testing::Test::HasFatalFailure()) return;
       }
     }
+  });
+}
+
+// A driver with nothing but what every driver must offer: statements and
+// forward cursors that cannot rewind; no data versions, keyed tables or counts
+// of its own. Whether it repeats a statement's row order is as told.
+class PlainCursor final : public db::Cursor {
+ public:
+  explicit PlainCursor(std::unique_ptr<db::Cursor> inner) : inner_(std::move(inner)) {}
+  const std::vector<db::ColumnInfo>& Columns() const override { return inner_->Columns(); }
+  bool Next() override { return inner_->Next(); }
+  Variant Value(size_t index) const override { return inner_->Value(index); }
+
+ private:
+  std::unique_ptr<db::Cursor> inner_;
+};
+
+class PlainDriver final : public db::Connection {
+ public:
+  PlainDriver(std::unique_ptr<db::Connection> inner, bool repeats)
+      : inner_(std::move(inner)), repeats_(repeats) {}
+  std::unique_ptr<db::Cursor> Query(StringView sql) override {
+    return std::make_unique<PlainCursor>(inner_->Query(sql));
   }
+  void ExecuteScript(StringView sql) override { inner_->ExecuteScript(sql); }
+  String Engine() const override { return u"plain"; }
+  bool RepeatsRowOrder() const override { return repeats_; }
+
+ private:
+  std::unique_ptr<db::Connection> inner_;
+  bool repeats_;
+};
+
+TEST(LazyKit, DriversWithoutTheOptionalOperationsGetTheSameAnswers) {
+  ForEachStyleTable([](const SuiteDb& suite, int rows) {
+    auto db = suite.Open();
+    for (bool repeats : {true, false}) {
+      auto plain = std::make_shared<detail::ConnectionState>();
+      plain->engine = std::make_unique<PlainDriver>(db::Open(suite.ConnectionString()), repeats);
+      // Opened as OpenQuery opens them, on the plain driver.
+      const Opener open = [&plain](const String& source) {
+        auto recordset = std::make_shared<ado::Recordset>();
+        recordset->CursorLocation(ado::adUseClient);
+        recordset->state()->Assign(detail::IsBareTableName(source)
+                                       ? detail::OpenWholeTable(*plain, source)
+                                       : detail::OpenStatement(*plain, source));
+        recordset->state()->counts_rows = true;
+        return std::make_shared<KitRecordset>(std::move(recordset));
+      };
+      for (const auto& source : kSources) {
+        for (uint32_t seed = 1; seed <= 4; ++seed) {
+          ExpectSameAnswers(open, *db, source, rows, seed * 104729 + static_cast<uint32_t>(rows));
+          if (::testing::Test::HasFatalFailure()) return;
+        }
+      }
+    }
+  });
 }
 
 // Inserts one inventory item through a connection of its own that will not
