@@ -2,13 +2,14 @@
 // suite databases of growing size.
 //
 //   kavrin-bench run --dir DIR [--sizes 1000,100000,1000000] [--out FILE.json]
-//                    [--repetitions N] [--min-time SECONDS]
+//                    [--rounds N] [--repetitions N] [--min-time SECONDS]
 //       generates the databases missing in DIR, measures each size in a
-//       process of its own, prints the summary and writes it as JSON
+//       process of its own (the sizes in turns, for a number of rounds),
+//       prints the summary and writes it as JSON
 //   kavrin-bench generate PATH ITEMS
 //   kavrin-bench measure PATH ITEMS OUT.json [--repetitions N] [--min-time S]
-//       one size: every case for the kit and for its floor, medians of the
-//       repetitions, the first call on a new connection, and peak memory
+//       one size: every case for the kit and for its floor, each repetition,
+//       the first call on a new connection, and peak memory
 #include <benchmark/benchmark.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -50,7 +51,8 @@ int Usage();
 std::string Fixed(double value, int decimals);
 
 struct Options {
-  int repetitions = 9;
+  int rounds = 3;       // each size measured this many times, the sizes in turn
+  int repetitions = 3;  // per round
   double min_time = 0.1;
   std::string filter;  // only the cases whose names match, when measuring one size
 };
@@ -107,21 +109,32 @@ std::vector<std::string> AsRun(const std::vector<String>& traced) {
   return texts;
 }
 
-// Keeps the medians of each case's counters over its repetitions while
-// showing the runs.
-class MedianReporter final : public benchmark::ConsoleReporter {
+using Samples = std::map<std::string, std::map<std::string, std::vector<double>>>;
+
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const size_t n = values.size();
+  if (n == 0) return 0;
+  return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
+}
+
+// Keeps each repetition's counters, per case, while showing the aggregates.
+class SampleReporter final : public benchmark::ConsoleReporter {
  public:
-  MedianReporter() : ConsoleReporter(OO_Tabular) {}
+  SampleReporter() : ConsoleReporter(OO_Tabular) {}
   void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
+    std::vector<Run> aggregates;
     for (const auto& run : runs) {
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
+      if (run.run_type == Run::RT_Aggregate) {
+        aggregates.push_back(run);
+      } else {
         for (const auto& [name, counter] : run.counters)
-          medians[run.run_name.function_name][name] = counter.value;
+          samples[run.run_name.function_name][name].push_back(counter.value);
       }
     }
+    if (!aggregates.empty()) ConsoleReporter::ReportRuns(aggregates);
   }
-  std::map<std::string, std::map<std::string, double>> medians;
+  Samples samples;
 };
 
 int Measure(const std::string& path, int64_t items, const std::string& out,
@@ -210,7 +223,6 @@ int Measure(const std::string& path, int64_t items, const std::string& out,
       "kavrin-bench",
       "--benchmark_repetitions=" + std::to_string(options.repetitions),
       "--benchmark_min_time=" + std::to_string(options.min_time),
-      "--benchmark_report_aggregates_only=true",
       "--benchmark_enable_random_interleaving=true",
   };
   if (!options.filter.empty()) args.push_back("--benchmark_filter=" + options.filter);
@@ -219,20 +231,9 @@ int Measure(const std::string& path, int64_t items, const std::string& out,
     argv.push_back(arg.data());
   int argc = static_cast<int>(argv.size());
   benchmark::Initialize(&argc, argv.data());
-  MedianReporter reporter;
+  SampleReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
-
-  Json& medians = result["median_us"];
-  Json& wall_medians = result["median_wall_us"];
-  for (const auto& c : cases) {
-    const auto& counters = reporter.medians.at(c.name);
-    medians[c.name]["kit"] = counters.at("kit_us");
-    wall_medians[c.name]["kit"] = counters.at("kit_wall_us");
-    if (c.floor) {
-      medians[c.name]["floor"] = counters.at("floor_us");
-      wall_medians[c.name]["floor"] = counters.at("floor_wall_us");
-    }
-  }
+  result["samples"] = reporter.samples;
   result["peak_rss_kb"] = PeakResidentKb();
   std::ofstream(out) << result.dump(2) << "\n";
   return 0;
@@ -263,6 +264,46 @@ int Repeat(const std::string& path, int64_t items, const std::string& name, int6
   std::cout << name << ": kit " << Fixed(kit / n, 1) << " us, floor " << Fixed(engine / n, 1)
             << " us, ratio " << Fixed(engine > 0 ? kit / engine : 0, 2) << "\n";
   return 0;
+}
+
+// One size's measurements over all rounds: the medians of every repetition,
+// the median first call, the highest peak memory.
+Json Merge(const std::vector<Json>& rounds) {
+  Json merged;
+  merged["items"] = rounds.front()["items"];
+  std::map<std::string, std::map<std::string, std::vector<double>>> samples;
+  std::map<std::string, std::map<std::string, std::vector<double>>> firsts;
+  double peak = 0;
+  double child = 0;
+  for (const auto& round : rounds) {
+    for (const auto& [name, counters] : round["samples"].items()) {
+      for (const auto& [counter, values] : counters.items()) {
+        for (const auto& value : values)
+          samples[name][counter].push_back(value.get<double>());
+      }
+    }
+    for (const auto& [name, sides] : round["first_call_us"].items()) {
+      for (const auto& [side, value] : sides.items())
+        firsts[name][side].push_back(value.get<double>());
+    }
+    peak = std::max(peak, round["peak_rss_kb"].get<double>());
+    child = std::max(child, round["child_max_rss_kb"].get<double>());
+  }
+  for (const auto& [name, counters] : samples) {
+    for (const auto& [counter, values] : counters) {
+      const bool wall = counter.find("wall") != std::string::npos;
+      const std::string side = counter.rfind("kit", 0) == 0 ? "kit" : "floor";
+      merged[wall ? "median_wall_us" : "median_us"][name][side] = Median(values);
+    }
+    merged["repetitions"][name] = counters.begin()->second.size();
+  }
+  for (const auto& [name, sides] : firsts) {
+    for (const auto& [side, values] : sides)
+      merged["first_call_us"][name][side] = Median(values);
+  }
+  merged["peak_rss_kb"] = peak;
+  merged["child_max_rss_kb"] = child;
+  return merged;
 }
 
 // Runs this program again with `args` and waits for it; answers the exit
@@ -315,32 +356,46 @@ int Run(const std::string& dir, const std::vector<int64_t>& sizes, const std::st
         const Options& options) {
   std::filesystem::create_directories(dir);
   const auto started = Clock::now();
-  std::vector<Json> measured;
   for (int64_t items : sizes) {
     const std::string db = dir + "/" + SuiteFileName(items);
-    if (!std::filesystem::exists(db)) {
-      const std::string partial = db + ".partial";
-      std::filesystem::remove(partial);
-      const auto generate_start = Clock::now();
-      if (RunChild({"kavrin-bench", "generate", partial, std::to_string(items)}) != 0) return 1;
-      std::filesystem::rename(partial, db);
-      std::cerr << "generated " << db << " in "
-                << Fixed(std::chrono::duration<double>(Clock::now() - generate_start).count(), 1)
-                << " s\n";
-    }
-    const std::string json = dir + "/measured-" + std::to_string(items) + ".json";
-    long child_rss = 0;
-    std::cerr << "measuring " << items << " items\n";
-    if (RunChild(
-            {"kavrin-bench", "measure", db, std::to_string(items), json, "--repetitions",
-             std::to_string(options.repetitions), "--min-time", std::to_string(options.min_time)},
-            &child_rss) != 0) {
-      return 1;
-    }
-    Json one = Json::parse(std::ifstream(json));
-    one["child_max_rss_kb"] = child_rss;
-    measured.push_back(std::move(one));
+    if (std::filesystem::exists(db)) continue;
+    const std::string partial = db + ".partial";
+    std::filesystem::remove(partial);
+    const auto generate_start = Clock::now();
+    if (RunChild({"kavrin-bench", "generate", partial, std::to_string(items)}) != 0) return 1;
+    std::filesystem::rename(partial, db);
+    std::cerr << "generated " << db << " in "
+              << Fixed(std::chrono::duration<double>(Clock::now() - generate_start).count(), 1)
+              << " s\n";
   }
+
+  // The sizes are measured in turns, round after round, so that a change in
+  // the machine's load falls on all of them alike; the medians are taken over
+  // the repetitions of every round.
+  std::vector<std::vector<Json>> rounds(sizes.size());
+  for (int round = 1; round <= options.rounds; ++round) {
+    for (size_t i = 0; i < sizes.size(); ++i) {
+      const int64_t items = sizes[i];
+      const std::string json =
+          dir + "/measured-" + std::to_string(items) + "-" + std::to_string(round) + ".json";
+      long child_rss = 0;
+      std::cerr << "measuring " << items << " items, round " << round << " of " << options.rounds
+                << "\n";
+      if (RunChild(
+              {"kavrin-bench", "measure", dir + "/" + SuiteFileName(items), std::to_string(items),
+               json, "--repetitions", std::to_string(options.repetitions), "--min-time",
+               std::to_string(options.min_time)},
+              &child_rss) != 0) {
+        return 1;
+      }
+      Json one = Json::parse(std::ifstream(json));
+      one["child_max_rss_kb"] = child_rss;
+      rounds[i].push_back(std::move(one));
+    }
+  }
+  std::vector<Json> measured;
+  for (size_t i = 0; i < sizes.size(); ++i)
+    measured.push_back(Merge(rounds[i]));
 
   // The summary: per case, its median at each size, the ratio to its floor
   // and the growth from the smallest to the largest size.
@@ -349,6 +404,9 @@ int Run(const std::string& dir, const std::vector<int64_t>& sizes, const std::st
   Json summary;
   summary["machine"] = Machine();
   summary["sizes"] = sizes;
+  summary["rounds"] = options.rounds;
+  summary["repetitions_per_round"] = options.repetitions;
+  summary["min_time_s"] = options.min_time;
   summary["targets"] = {
       {"growth", kGrowthTarget}, {"floor_ratio", kFloorTarget}, {"memory_mb", kMemoryTargetMb}};
   bool growth_met = true;
@@ -366,12 +424,15 @@ int Run(const std::string& dir, const std::vector<int64_t>& sizes, const std::st
       const auto& median = m["median_us"][c.name];
       const double kit = median["kit"].get<double>();
       Json at{{"items", m["items"]},
+              {"repetitions", m["repetitions"][c.name]},
               {"kit_us", kit},
+              {"kit_wall_us", m["median_wall_us"][c.name]["kit"]},
               {"first_call_us", m["first_call_us"][c.name]["kit"]}};
       table << Pad(Fixed(kit, 1), 11);
       if (median.contains("floor")) {
         const double floor = median["floor"].get<double>();
         at["floor_us"] = floor;
+        at["floor_wall_us"] = m["median_wall_us"][c.name]["floor"];
         at["floor_first_call_us"] = m["first_call_us"][c.name]["floor"];
         at["ratio_to_floor"] = kit / floor;
         floor_met = floor_met && kit / floor <= kFloorTarget;
@@ -433,7 +494,7 @@ int Run(const std::string& dir, const std::vector<int64_t>& sizes, const std::st
 
 int Usage() {
   std::cerr << "usage: kavrin-bench run --dir DIR [--sizes N,N,...] [--out FILE.json]"
-               " [--repetitions N] [--min-time S]\n"
+               " [--rounds N] [--repetitions N] [--min-time S]\n"
                "       kavrin-bench generate PATH ITEMS\n"
                "       kavrin-bench measure PATH ITEMS OUT.json [--repetitions N] [--min-time S]"
                " [--filter REGEX]\n"
@@ -455,6 +516,8 @@ int Main(int argc, char** argv) {
     const bool has_value = i + 1 < args.size();
     if (arg == "--repetitions" && has_value) {
       options.repetitions = std::stoi(args[++i]);
+    } else if (arg == "--rounds" && has_value) {
+      options.rounds = std::stoi(args[++i]);
     } else if (arg == "--min-time" && has_value) {
       options.min_time = std::stod(args[++i]);
     } else if (arg == "--filter" && has_value) {
