@@ -186,7 +186,10 @@ CREATE TABLE RdRecords (
 -- and on the head settings' warehouses: every entry check looks a typed text
 -- up as a code, then as a name. An index takes its column's collation, so it
 -- serves the same case-insensitive comparison the lookups make. They are not
--- unique: the archives accept whatever codes the suite has stored.
+-- unique: the archives accept whatever codes the suite has stored. The
+-- warehouses' departments are indexed only where a warehouse has one, so that
+-- the list of distinct departments is still read from the table itself, in
+-- the order of its rows.
 CREATE INDEX IX_Inventory_cInvCode ON Inventory (cInvCode);
 CREATE INDEX IX_Inventory_cInvName ON Inventory (cInvName);
 CREATE INDEX IX_InventoryClass_cInvCCode ON InventoryClass (cInvCCode);
@@ -202,7 +205,7 @@ CREATE INDEX IX_Department_cDepCode ON Department (cDepCode);
 CREATE INDEX IX_Department_cDepName ON Department (cDepName);
 CREATE INDEX IX_Warehouse_cWhCode ON Warehouse (cWhCode);
 CREATE INDEX IX_Warehouse_cWhName ON Warehouse (cWhName);
-CREATE INDEX IX_Warehouse_cDepCode ON Warehouse (cDepCode);
+CREATE INDEX IX_Warehouse_cDepCode ON Warehouse (cDepCode) WHERE cDepCode IS NOT NULL;
 CREATE INDEX IX_Person_cPersonCode ON Person (cPersonCode);
 CREATE INDEX IX_Person_cPersonName ON Person (cPersonName);
 CREATE INDEX IX_Rd_Style_cRdCode ON Rd_Style (cRdCode);
