@@ -10,6 +10,12 @@
 // open. Rows come in the engine's order; no ordering is ever added. Nothing
 // is ever written to the database.
 //
+// A record set reads rows from the database only as they are asked for, and
+// holds no lock and no running statement between its operations: writers
+// commit while record sets stay open. Its answers are those of a record set
+// that read every row when opened; when the data has changed since it read
+// what it holds, its next read goes on over the current data.
+//
 // Objects are shared (std::shared_ptr). Thread-safety: none; one thread at a
 // time per object. Separate KitDatabase objects are independent.
 #pragma once

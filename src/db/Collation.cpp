@@ -12,12 +12,6 @@ UChar32 NarrowWidth(UChar32 c) {
   return (c >= 0xFF01 && c <= 0xFF5E) ? c - 0xFEE0 : c;
 }
 
-UChar32 Normalize(const Collation& collation, UChar32 c) {
-  if (collation.ignore_width) c = NarrowWidth(c);
-  if (collation.ignore_case) c = u_foldCase(c, U_FOLD_CASE_DEFAULT);
-  return c;
-}
-
 bool Contains(StringView haystack, StringView needle) {
   for (size_t i = 0; i + needle.size() <= haystack.size(); ++i) {
     if (EqualsNoCase(haystack.substr(i, needle.size()), needle)) return true;
@@ -34,6 +28,13 @@ size_t LengthIgnoringTrailingBlanks(StringView text) {
   return n;
 }
 
+char32_t Collation::Key(char32_t c) const {
+  UChar32 key = static_cast<UChar32>(c);
+  if (ignore_width) key = NarrowWidth(key);
+  if (ignore_case) key = u_foldCase(key, U_FOLD_CASE_DEFAULT);
+  return static_cast<char32_t>(key);
+}
+
 int Collation::Compare(StringView a, StringView b) const {
   const auto* pa = reinterpret_cast<const UChar*>(a.data());
   const auto* pb = reinterpret_cast<const UChar*>(b.data());
@@ -46,9 +47,9 @@ int Collation::Compare(StringView a, StringView b) const {
     UChar32 cb;
     U16_NEXT(pa, ia, na, ca);
     U16_NEXT(pb, ib, nb, cb);
-    ca = Normalize(*this, ca);
-    cb = Normalize(*this, cb);
-    if (ca != cb) return ca < cb ? -1 : 1;
+    const char32_t ka = Key(static_cast<char32_t>(ca));
+    const char32_t kb = Key(static_cast<char32_t>(cb));
+    if (ka != kb) return ka < kb ? -1 : 1;
   }
   if (ia < na) return 1;
   if (ib < nb) return -1;

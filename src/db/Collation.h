@@ -19,6 +19,10 @@ struct Collation {
 
   // <0, 0, >0 as `a` sorts before, equal to or after `b`.
   int Compare(StringView a, StringView b) const;
+  // A character as this collation compares it: narrowed and case-folded as
+  // the collation says. Texts compare as the sequences of their characters'
+  // keys, trailing blanks left out.
+  char32_t Key(char32_t c) const;
   bool Equal(StringView a, StringView b) const { return Compare(a, b) == 0; }
 };
 

@@ -41,6 +41,18 @@ std::unique_ptr<Connection> OpenAny(StringView connection_string, bool writable)
 
 }  // namespace
 
+int64_t Connection::Count(StringView sql) {
+  auto cursor = Query(sql);
+  int64_t rows = 0;
+  while (cursor->Next())
+    ++rows;
+  return rows;
+}
+
+std::unique_ptr<Table> Connection::OpenTable(StringView) {
+  return nullptr;
+}
+
 std::unique_ptr<Connection> Open(StringView connection_string) {
   return OpenAny(connection_string, false);
 }

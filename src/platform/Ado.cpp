@@ -21,17 +21,9 @@ std::optional<size_t> RecordsetState::ColumnIndex(StringView name) const {
   return std::nullopt;
 }
 
-void RecordsetState::Load(db::Cursor& cursor) {
-  columns = cursor.Columns();
-  rows.clear();
-  while (cursor.Next()) {
-    std::vector<Variant> row;
-    row.reserve(columns.size());
-    for (size_t i = 0; i < columns.size(); ++i)
-      row.push_back(cursor.Value(i));
-    rows.push_back(std::move(row));
-  }
-  position = 0;
+void RecordsetState::Assign(OpenedRows opened) {
+  columns = std::move(opened.columns);
+  rows = std::move(opened.rows);
   open = true;
 }
 
@@ -78,8 +70,9 @@ String Field::Name() const {
 
 Variant Field::Value() const {
   state_->RequireOpen();
-  if (!state_->HasCurrentRow()) throw Error::Standard(errors::kNoCurrentRecord, kFieldSource);
-  return state_->rows[static_cast<size_t>(state_->position)][index_];
+  const auto* row = state_->CurrentRow();
+  if (!row) throw Error::Standard(errors::kNoCurrentRecord, kFieldSource);
+  return (*row)[index_];
 }
 
 Fields::Fields(std::shared_ptr<detail::RecordsetState> state) : state_(std::move(state)) {}
@@ -117,8 +110,9 @@ void Recordset::Open(StringView source, const std::shared_ptr<Connection>& activ
   if (state_->open) throw Error::Standard(kObjectOpen, kRecordsetSource);
   if (!active_connection) throw Error::Standard(errors::kNoConnection, kRecordsetSource);
   const String sql = options == adCmdTable ? detail::SelectAllFrom(source) : String(source);
-  auto cursor = active_connection->state().Query(source, sql);
-  state_->Load(*cursor);
+  auto& connection = active_connection->state();
+  connection.Trace(source);
+  state_->Assign(detail::OpenStatement(connection, sql));
   state_->counts_rows = state_->cursor_location == adUseClient;
 }
 
@@ -140,31 +134,30 @@ ado::Fields Recordset::Fields() const {
 void Recordset::MoveNext() {
   state_->RequireOpen();
   if (state_->Eof()) throw Error::Standard(errors::kNoCurrentRecord, kRecordsetSource);
-  ++state_->position;
+  state_->rows->MoveNext();
 }
 
 void Recordset::MoveFirst() {
   state_->RequireOpen();
-  if (state_->rows.empty()) throw Error::Standard(errors::kNoCurrentRecord, kRecordsetSource);
-  state_->position = 0;
+  if (state_->Bof()) throw Error::Standard(errors::kNoCurrentRecord, kRecordsetSource);
+  state_->rows->MoveFirst();
 }
 
 void Recordset::MoveLast() {
   state_->RequireOpen();
-  if (state_->rows.empty()) throw Error::Standard(errors::kNoCurrentRecord, kRecordsetSource);
-  state_->position = static_cast<int64_t>(state_->rows.size()) - 1;
+  if (state_->Bof()) throw Error::Standard(errors::kNoCurrentRecord, kRecordsetSource);
+  state_->rows->MoveLast();
 }
 
 int32_t Recordset::RecordCount() const {
   state_->RequireOpen();
-  return state_->counts_rows ? static_cast<int32_t>(state_->rows.size()) : -1;
+  return state_->counts_rows ? static_cast<int32_t>(state_->Count()) : -1;
 }
 
 void Recordset::Close() {
   state_->open = false;
-  state_->rows.clear();
+  state_->rows.reset();
   state_->columns.clear();
-  state_->position = 0;
 }
 
 bool Recordset::IsOpen() const {

@@ -10,6 +10,29 @@ namespace kavrin::detail {
 namespace {
 
 constexpr int32_t kSyntaxError = 3077;
+constexpr int32_t kUnknownColumn = 3070;
+constexpr int32_t kCriteriaTypeMismatch = 3464;
+
+// The name a text column without a server collation is compared under: the
+// server's default, ignoring case and width.
+const String kDefaultCollationName = u"SQL_Latin1_General_CP1_CI_AS";
+
+[[noreturn]] void CriteriaTypeMismatch() {
+  throw Error(kCriteriaTypeMismatch, u"KitRecordset",
+              u"Data type mismatch in criteria expression.");
+}
+
+// A column value as the server holds it for a numeric comparison: a bit is
+// 1 or 0, a date its serial number.
+double AsServerNumber(const Variant& value) {
+  if (value.type() == VarType::Boolean) return value.AsBoolean() ? 1.0 : 0.0;
+  if (value.IsString()) {
+    double number = 0;
+    if (!TryParseNumber(value.AsString(), number)) CriteriaTypeMismatch();
+    return number;
+  }
+  return ToDouble(value);
+}
 
 [[noreturn]] void SyntaxError(StringView criteria) {
   throw Error(kSyntaxError, u"KitRecordset",
@@ -123,6 +146,48 @@ std::vector<Comparison> ParseCriteria(StringView criteria) {
   } while (reader.AcceptKeyword(u"AND"));
   if (!reader.AtEnd()) SyntaxError(criteria);
   return comparisons;
+}
+
+BoundCriteria::BoundCriteria(StringView criteria, const std::vector<db::ColumnInfo>& columns) {
+  for (auto& comparison : ParseCriteria(criteria)) {
+    size_t column = 0;
+    while (column < columns.size() && !EqualsNoCase(columns[column].name, comparison.column))
+      ++column;
+    if (column == columns.size()) {
+      throw Error(kUnknownColumn, u"KitRecordset",
+                  u"The kit does not recognize '" + comparison.column +
+                      u"' as a valid field name or expression.");
+    }
+    const db::ColumnInfo& info = columns[column];
+    const auto collation = db::CollationFromName(info.collation);
+    bound_.push_back({column, collation.value_or(db::kDefaultCollation),
+                      collation ? info.collation : kDefaultCollationName,
+                      info.type == VarType::String, std::move(comparison)});
+  }
+}
+
+bool BoundCriteria::Satisfies(const Variant& value, const Bound& bound) {
+  const Comparison& comparison = bound.comparison;
+  if (value.IsNull() || value.IsEmpty()) return false;
+  bool equal = false;
+  if (comparison.literal.IsString() && value.IsString()) {
+    equal = bound.collation.Equal(value.AsString(), comparison.literal.AsString());
+  } else {
+    equal = AsServerNumber(value) == AsServerNumber(comparison.literal);
+  }
+  return equal == comparison.equal;
+}
+
+std::vector<db::TextCondition> BoundCriteria::EngineConditions() const {
+  // A character column holds texts or Nulls, so a text literal is compared
+  // under the collation and never as a number: the comparison cannot fail.
+  std::vector<db::TextCondition> conditions;
+  for (const auto& b : bound_) {
+    if (!b.text_column || !b.comparison.literal.IsString()) break;
+    conditions.push_back(
+        {b.column, b.comparison.equal, b.comparison.literal.AsString(), b.collation_name});
+  }
+  return conditions;
 }
 
 }  // namespace kavrin::detail

@@ -1,4 +1,3 @@
-#include "db/Collation.h"
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
 #include "kavrin/KitDatabase.h"
@@ -10,37 +9,6 @@ namespace kavrin {
 namespace {
 
 const String kKitSource = u"KitDatabase";
-constexpr int32_t kUnknownColumn = 3070;
-constexpr int32_t kCriteriaTypeMismatch = 3464;
-
-[[noreturn]] void CriteriaTypeMismatch() {
-  throw Error(kCriteriaTypeMismatch, u"KitRecordset",
-              u"Data type mismatch in criteria expression.");
-}
-
-// A column value as the server holds it for a numeric comparison: a bit is
-// 1 or 0, a date its serial number.
-double AsServerNumber(const Variant& value) {
-  if (value.type() == VarType::Boolean) return value.AsBoolean() ? 1.0 : 0.0;
-  if (value.IsString()) {
-    double number = 0;
-    if (!TryParseNumber(value.AsString(), number)) CriteriaTypeMismatch();
-    return number;
-  }
-  return ToDouble(value);
-}
-
-bool Satisfies(const Variant& value, const detail::Comparison& comparison,
-               const db::Collation& collation) {
-  if (value.IsNull() || value.IsEmpty()) return false;
-  bool equal = false;
-  if (comparison.literal.IsString() && value.IsString()) {
-    equal = collation.Equal(value.AsString(), comparison.literal.AsString());
-  } else {
-    equal = AsServerNumber(value) == AsServerNumber(comparison.literal);
-  }
-  return equal == comparison.equal;
-}
 
 std::shared_ptr<ado::Recordset> EmptyRecordset() {
   auto recordset = std::make_shared<ado::Recordset>();
@@ -71,7 +39,7 @@ ado::Fields KitRecordset::Fields() const {
 }
 int32_t KitRecordset::RecordCount() const {
   recordset_->state()->RequireOpen();
-  return static_cast<int32_t>(recordset_->state()->rows.size());
+  return static_cast<int32_t>(recordset_->state()->Count());
 }
 void KitRecordset::Close() {
   recordset_->Close();
@@ -89,38 +57,8 @@ void KitRecordset::MoveNext() {
 void KitRecordset::FindFirst(StringView criteria) {
   auto& state = *recordset_->state();
   state.RequireOpen();
-  const auto comparisons = detail::ParseCriteria(criteria);
-  struct Bound {
-    size_t column;
-    db::Collation collation;
-    const detail::Comparison* comparison;
-  };
-  std::vector<Bound> bound;
-  for (const auto& comparison : comparisons) {
-    const auto column = state.ColumnIndex(comparison.column);
-    if (!column) {
-      throw Error(kUnknownColumn, u"KitRecordset",
-                  u"The kit does not recognize '" + comparison.column +
-                      u"' as a valid field name or expression.");
-    }
-    const auto collation = db::CollationFromName(state.columns[*column].collation);
-    bound.push_back({*column, collation.value_or(db::kDefaultCollation), &comparison});
-  }
-  for (size_t row = 0; row < state.rows.size(); ++row) {
-    bool all = true;
-    for (const auto& b : bound) {
-      if (!Satisfies(state.rows[row][b.column], *b.comparison, b.collation)) {
-        all = false;
-        break;
-      }
-    }
-    if (all) {
-      state.position = static_cast<int64_t>(row);
-      no_match_ = false;
-      return;
-    }
-  }
-  no_match_ = true;
+  const detail::BoundCriteria bound(criteria, state.columns);
+  no_match_ = !(state.rows && state.rows->FindFirst(bound));
 }
 
 // ---- KitDatabase ----
@@ -146,14 +84,27 @@ std::shared_ptr<KitRecordset> KitDatabase::OpenQuery(StringView source, const Va
   if (!connection_) throw Error::Standard(errors::kNoConnection, kKitSource);
   if (!type.IsNumeric() && !type.IsString()) throw Error::Runtime(errors::kTypeMismatch);
   ToLong(type);  // a type that is not a number fails as the kit's argument check does
-  const String sql =
-      detail::IsBareTableName(source) ? detail::SelectAllFrom(source) : String(source);
-  auto cursor = connection_->state().Query(source, sql);
+  auto& connection = connection_->state();
+  connection.Trace(source);
   auto recordset = std::make_shared<ado::Recordset>();
   recordset->CursorLocation(ado::adUseClient);
-  recordset->state()->Load(*cursor);
+  recordset->state()->Assign(detail::IsBareTableName(source)
+                                 ? detail::OpenWholeTable(connection, source)
+                                 : detail::OpenStatement(connection, source));
   recordset->state()->counts_rows = true;
   return std::make_shared<KitRecordset>(std::move(recordset));
 }
 
+namespace detail {
+
+std::shared_ptr<KitRecordset> OpenFullyLoaded(KitDatabase& db, StringView source) {
+  auto recordset = std::make_shared<ado::Recordset>();
+  recordset->CursorLocation(ado::adUseClient);
+  recordset->state()->Assign(OpenLoaded(
+      db.Connection()->state(), IsBareTableName(source) ? SelectAllFrom(source) : String(source)));
+  recordset->state()->counts_rows = true;
+  return std::make_shared<KitRecordset>(std::move(recordset));
+}
+
+}  // namespace detail
 }  // namespace kavrin

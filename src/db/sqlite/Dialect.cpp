@@ -112,19 +112,89 @@ int CompareWith(void* arg, int na, const void* a, int nb, const void* b) {
                             StringView(static_cast<const char16_t*>(b), nb / 2));
 }
 
+// The bits a UTF-8 lead byte from 0xC0 up contributes, as SQLite reads it.
+constexpr unsigned char kLeadBits[64] = {
+    0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0a, 0x0b, 0x0c, 0x0d, 0x0e, 0x0f,
+    0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18, 0x19, 0x1a, 0x1b, 0x1c, 0x1d, 0x1e, 0x1f,
+    0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0a, 0x0b, 0x0c, 0x0d, 0x0e, 0x0f,
+    0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x00, 0x01, 0x02, 0x03, 0x00, 0x01, 0x00, 0x00,
+};
+
+// The next character of a stored UTF-8 text, exactly as it reaches the UTF-16
+// comparison when SQLite turns the text into UTF-16 first: a lead byte takes
+// every continuation byte that follows, a sequence that is overlong, a
+// surrogate or a non-character reads as U+FFFD, a stray continuation byte as
+// the character of its own value, and a value past U+FFFF as the surrogate
+// pair SQLite writes for it reads back.
+char32_t NextStoredCharacter(const unsigned char*& p, const unsigned char* end) {
+  uint32_t c = *p++;
+  if (c >= 0xC0) {
+    c = kLeadBits[c - 0xC0];
+    while (p != end && (*p & 0xC0) == 0x80)
+      c = (c << 6) + (0x3F & *p++);
+    if (c < 0x80 || (c & 0xFFFFF800) == 0xD800 || (c & 0xFFFFFFFE) == 0xFFFE) c = 0xFFFD;
+  }
+  if (c > 0xFFFF) c = 0x10000 + ((c - 0x10000) & 0xFFFFF);
+  return c;
+}
+
+// The same comparison as CompareWith, on texts as a UTF-8 database stores
+// them, without turning them into UTF-16 first. A blank (0x20) is a character
+// of its own in either form, so trailing blanks are dropped as bytes.
+int CompareStoredWith(void* arg, int na, const void* a, int nb, const void* b) {
+  const auto* collation = static_cast<const Collation*>(arg);
+  const auto* pa = static_cast<const unsigned char*>(a);
+  const auto* pb = static_cast<const unsigned char*>(b);
+  const unsigned char* ea = pa + na;
+  const unsigned char* eb = pb + nb;
+  while (ea > pa && ea[-1] == ' ')
+    --ea;
+  while (eb > pb && eb[-1] == ' ')
+    --eb;
+  while (pa < ea && pb < eb) {
+    const char32_t ka = collation->Key(NextStoredCharacter(pa, ea));
+    const char32_t kb = collation->Key(NextStoredCharacter(pb, eb));
+    if (ka != kb) return ka < kb ? -1 : 1;
+  }
+  if (pa < ea) return 1;
+  if (pb < eb) return -1;
+  return 0;
+}
+
 void DestroyCollation(void* arg) {
   delete static_cast<Collation*>(arg);
 }
 
 void OnCollationNeeded(void*, sqlite3* db, int, const void* name16) {
   const auto* name = static_cast<const char16_t*>(name16);
+  // Both forms: SQLite compares with the one its database's text is kept in.
   if (auto collation = CollationFromName(name)) {
-    sqlite3_create_collation_v2(db, ToUtf8(name).c_str(), SQLITE_UTF16, new Collation(*collation),
+    const std::string utf8_name = ToUtf8(name);
+    sqlite3_create_collation_v2(db, utf8_name.c_str(), SQLITE_UTF16, new Collation(*collation),
                                 CompareWith, DestroyCollation);
+    sqlite3_create_collation_v2(db, utf8_name.c_str(), SQLITE_UTF8, new Collation(*collation),
+                                CompareStoredWith, DestroyCollation);
   }
 }
 
 }  // namespace
+
+String StoredTextAsUtf16(std::string_view utf8) {
+  String text;
+  text.reserve(utf8.size());
+  const auto* p = reinterpret_cast<const unsigned char*>(utf8.data());
+  const auto* end = p + utf8.size();
+  while (p < end) {
+    const char32_t c = NextStoredCharacter(p, end);
+    if (c <= 0xFFFF) {
+      text.push_back(static_cast<char16_t>(c));
+    } else {
+      text.push_back(static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10)));
+      text.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
+    }
+  }
+  return text;
+}
 
 String QuoteCallKeywords(StringView sql) {
   String out;

@@ -1,6 +1,8 @@
 // The server's SQL dialect on SQLite: the suite's statements run unchanged.
 #pragma once
 
+#include <string_view>
+
 #include "kavrin/String.h"
 
 struct sqlite3;
@@ -11,6 +13,11 @@ namespace kavrin::db::sqlite {
 // comments, so that RIGHT(cMonth,2) is a call and not the start of a join.
 // Nothing else in the text changes.
 String QuoteCallKeywords(StringView sql);
+
+// The UTF-16 text SQLite gives for a text a UTF-8 database stores: the same
+// as sqlite3_column_text16 answers, ill-formed sequences included, without
+// SQLite's own copy.
+String StoredTextAsUtf16(std::string_view utf8);
 
 // Registers len(), left(), right() and substring() with the server's rules,
 // and resolves server collation names (Chinese_PRC_CI_AS, ...) on demand.

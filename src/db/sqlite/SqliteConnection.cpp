@@ -3,6 +3,8 @@
 #include <sqlite3.h>
 
 #include <cstring>
+#include <optional>
+#include <unordered_map>
 
 #include "db/DeclaredType.h"
 #include "db/sqlite/Dialect.h"
@@ -57,63 +59,68 @@ struct StatementDeleter {
 };
 using Statement = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
 
-class SqliteCursor final : public Cursor {
- public:
-  SqliteCursor(sqlite3* db, Statement stmt) : db_(db), stmt_(std::move(stmt)) {
-    const int count = sqlite3_column_count(stmt_.get());
-    columns_.reserve(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-      columns_.push_back(Describe(i));
-  }
-
-  const std::vector<ColumnInfo>& Columns() const override { return columns_; }
-
-  bool Next() override {
-    if (!stmt_) return false;
-    const int rc = sqlite3_step(stmt_.get());
-    if (rc == SQLITE_ROW) return true;
-    if (rc == SQLITE_DONE) {
-      stmt_.reset();
-      return false;
+// A column value as stored, typed as the column's declared type says.
+// A column value as stored, typed as the column's declared type says. A text
+// of a UTF-8 database is turned into UTF-16 here rather than by SQLite.
+Variant ReadValue(sqlite3_stmt* stmt, int i, VarType type, bool utf8) {
+  Variant stored;
+  switch (sqlite3_column_type(stmt, i)) {
+    case SQLITE_NULL:
+      return Variant::Null();
+    case SQLITE_INTEGER: {
+      const sqlite3_int64 v = sqlite3_column_int64(stmt, i);
+      stored = (v >= INT32_MIN && v <= INT32_MAX) ? Variant(static_cast<int32_t>(v))
+                                                  : Variant(static_cast<double>(v));
+      break;
     }
-    Fail(db_, rc);
-  }
-
-  Variant Value(size_t index) const override {
-    sqlite3_stmt* stmt = stmt_.get();
-    const int i = static_cast<int>(index);
-    Variant stored;
-    switch (sqlite3_column_type(stmt, i)) {
-      case SQLITE_NULL:
-        return Variant::Null();
-      case SQLITE_INTEGER: {
-        const sqlite3_int64 v = sqlite3_column_int64(stmt, i);
-        stored = (v >= INT32_MIN && v <= INT32_MAX) ? Variant(static_cast<int32_t>(v))
-                                                    : Variant(static_cast<double>(v));
-        break;
-      }
-      case SQLITE_FLOAT:
-        stored = sqlite3_column_double(stmt, i);
-        break;
-      default: {
+    case SQLITE_FLOAT:
+      stored = sqlite3_column_double(stmt, i);
+      break;
+    default:  // a text, or a blob read as one
+      if (utf8) {
+        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt, i));
+        const auto bytes = static_cast<size_t>(sqlite3_column_bytes(stmt, i));
+        stored = StoredTextAsUtf16(std::string_view(text ? text : "", bytes));
+      } else {
         const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(stmt, i));
         const int bytes = sqlite3_column_bytes16(stmt, i);
         stored = String(text ? text : u"", static_cast<size_t>(bytes / 2));
       }
-    }
-    return CoerceStored(std::move(stored), columns_[index].type);
   }
+  return CoerceStored(std::move(stored), type);
+}
 
- private:
-  ColumnInfo Describe(int i) const {
-    sqlite3_stmt* stmt = stmt_.get();
-    ColumnInfo info;
-    info.name = static_cast<const char16_t*>(sqlite3_column_name16(stmt, i));
+// Describes the columns of statements: the name each gets, the value type
+// its declared type stands for and its source column's collation. A column
+// described once is known by its name, declared type and source, per data
+// version: only a commit can change a table's definition.
+class Describer {
+ public:
+  explicit Describer(sqlite3* db) : db_(db) {}
+
+  ColumnInfo Describe(sqlite3_stmt* stmt, int i) {
+    const char* name = sqlite3_column_name(stmt, i);
     const char* declared = sqlite3_column_decltype(stmt, i);
-    info.type = declared ? TypeFromDeclared(FromUtf8(declared)) : VarType::Variant;
     const char* table = sqlite3_column_table_name(stmt, i);
     const char* origin = sqlite3_column_origin_name(stmt, i);
     const char* schema = sqlite3_column_database_name(stmt, i);
+    key_.clear();
+    for (const char* part : {name, declared, table, origin, schema}) {
+      key_ += part ? part : "";
+      key_.push_back('\0');
+      key_.push_back(part ? '+' : '-');
+    }
+    unsigned int version = 0;
+    sqlite3_file_control(db_, "main", SQLITE_FCNTL_DATA_VERSION, &version);
+    if (version != version_ || known_.size() >= kMostKnown) {
+      known_.clear();
+      version_ = version;
+    }
+    if (const auto found = known_.find(key_); found != known_.end()) return found->second;
+
+    ColumnInfo info;
+    info.name = static_cast<const char16_t*>(sqlite3_column_name16(stmt, i));
+    info.type = declared ? TypeFromDeclared(FromUtf8(declared)) : VarType::Variant;
     const char* collation = nullptr;
     if (table && origin &&
         sqlite3_table_column_metadata(db_, schema, table, origin, nullptr, &collation, nullptr,
@@ -121,17 +128,178 @@ class SqliteCursor final : public Cursor {
         collation) {
       info.collation = FromUtf8(collation);
     }
+    known_.emplace(key_, info);
     return info;
   }
 
+ private:
+  static constexpr size_t kMostKnown = 4096;
+  sqlite3* db_;
+  unsigned int version_ = 0;
+  std::string key_;
+  std::unordered_map<std::string, ColumnInfo> known_;
+};
+
+// Steps `stmt` once: true on a row, false at the end. Reaching the end
+// resets the statement at once, which ends its read.
+bool Step(sqlite3* db, sqlite3_stmt* stmt) {
+  const int rc = sqlite3_step(stmt);
+  if (rc == SQLITE_ROW) return true;
+  sqlite3_reset(stmt);
+  if (rc == SQLITE_DONE) return false;
+  Fail(db, rc);
+}
+
+class SqliteCursor final : public Cursor {
+ public:
+  SqliteCursor(sqlite3* db, Statement stmt, Describer& describer, bool utf8)
+      : db_(db), stmt_(std::move(stmt)), utf8_(utf8) {
+    const int count = sqlite3_column_count(stmt_.get());
+    columns_.reserve(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+      columns_.push_back(describer.Describe(stmt_.get(), i));
+  }
+
+  const std::vector<ColumnInfo>& Columns() const override { return columns_; }
+
+  bool Next() override {
+    if (done_) return false;
+    if (Step(db_, stmt_.get())) return true;
+    done_ = true;
+    return false;
+  }
+
+  Variant Value(size_t index) const override {
+    return ReadValue(stmt_.get(), static_cast<int>(index), columns_[index].type, utf8_);
+  }
+
+  bool Rewind() override {
+    sqlite3_reset(stmt_.get());
+    done_ = false;
+    return true;
+  }
+
+ private:
   sqlite3* db_;
   Statement stmt_;
+  bool utf8_;
   std::vector<ColumnInfo> columns_;
+  bool done_ = false;
+};
+
+// What a table read by key needs: its name as the caller wrote it, the name
+// under which its rowid is selected, and the columns of SELECT *.
+struct TableShape {
+  bool utf8 = true;  // the database keeps its texts in UTF-8
+  std::string name;
+  std::string key;
+  std::vector<ColumnInfo> columns;
+  std::optional<DataVersion> verified_at;
+};
+
+// The rows of a keyed statement: the key first, then the table's columns.
+class SqliteTableCursor final : public TableCursor {
+ public:
+  SqliteTableCursor(sqlite3* db, Statement stmt, std::shared_ptr<const TableShape> shape)
+      : db_(db), stmt_(std::move(stmt)), shape_(std::move(shape)) {}
+
+  const std::vector<ColumnInfo>& Columns() const override { return shape_->columns; }
+  bool Next() override {
+    if (done_) return false;
+    if (Step(db_, stmt_.get())) return true;
+    done_ = true;
+    return false;
+  }
+  Variant Value(size_t index) const override {
+    return ReadValue(stmt_.get(), static_cast<int>(index) + 1, shape_->columns[index].type,
+                     shape_->utf8);
+  }
+  int64_t Key() const override { return sqlite3_column_int64(stmt_.get(), 0); }
+
+ private:
+  sqlite3* db_;
+  Statement stmt_;
+  std::shared_ptr<const TableShape> shape_;
+  bool done_ = false;
+};
+
+std::string QuotedIdentifier(StringView name) {
+  std::string quoted = "\"";
+  for (char c : ToUtf8(name)) {
+    quoted.push_back(c);
+    if (c == '"') quoted.push_back('"');
+  }
+  quoted.push_back('"');
+  return quoted;
+}
+
+class SqliteTable final : public Table {
+ public:
+  SqliteTable(sqlite3* db, std::shared_ptr<const TableShape> shape)
+      : db_(db), shape_(std::move(shape)) {}
+
+  const std::vector<ColumnInfo>& Columns() const override { return shape_->columns; }
+
+  std::unique_ptr<TableCursor> Rows(std::optional<int64_t> after_key) override {
+    auto stmt = Prepare(after_key ? Select() + " WHERE " + shape_->key + " > ?1" + InOrder()
+                                  : Select() + InOrder());
+    if (after_key) sqlite3_bind_int64(stmt.get(), 1, *after_key);
+    return Wrap(std::move(stmt));
+  }
+
+  std::unique_ptr<TableCursor> Last() override {
+    return Wrap(Prepare(Select() + " ORDER BY " + shape_->key + " DESC LIMIT 1"));
+  }
+
+  std::unique_ptr<TableCursor> Matching(const std::vector<TextCondition>& conditions) override {
+    std::string sql = Select();
+    for (size_t i = 0; i < conditions.size(); ++i) {
+      const TextCondition& c = conditions[i];
+      sql += i == 0 ? " WHERE " : " AND ";
+      sql += QuotedIdentifier(shape_->columns.at(c.column).name);
+      sql += c.equal ? " = ?" : " <> ?";
+      sql += std::to_string(i + 1) + " COLLATE " + QuotedIdentifier(c.collation);
+    }
+    auto stmt = Prepare(sql + InOrder());
+    for (size_t i = 0; i < conditions.size(); ++i) {
+      const String& text = conditions[i].text;
+      sqlite3_bind_text16(stmt.get(), static_cast<int>(i + 1), text.data(),
+                          static_cast<int>(text.size() * 2), SQLITE_TRANSIENT);
+    }
+    return Wrap(std::move(stmt));
+  }
+
+  int64_t Count() override {
+    auto stmt = Prepare("SELECT count(*) FROM " + shape_->name);
+    if (!Step(db_, stmt.get())) return 0;
+    return sqlite3_column_int64(stmt.get(), 0);
+  }
+
+ private:
+  std::string Select() const { return "SELECT " + shape_->key + ", * FROM " + shape_->name; }
+  std::string InOrder() const { return " ORDER BY " + shape_->key; }
+
+  Statement Prepare(const std::string& sql) const {
+    sqlite3_stmt* raw = nullptr;
+    const int rc =
+        sqlite3_prepare_v3(db_, sql.c_str(), static_cast<int>(sql.size()), 0, &raw, nullptr);
+    Statement stmt(raw);
+    if (rc != SQLITE_OK) Fail(db_, rc);
+    return stmt;
+  }
+
+  std::unique_ptr<TableCursor> Wrap(Statement stmt) const {
+    return std::make_unique<SqliteTableCursor>(db_, std::move(stmt), shape_);
+  }
+
+  sqlite3* db_;
+  std::shared_ptr<const TableShape> shape_;
 };
 
 class SqliteConnection final : public Connection {
  public:
-  SqliteConnection(sqlite3* db, bool writable) : db_(db), writable_(writable) {}
+  SqliteConnection(sqlite3* db, bool writable, bool utf8)
+      : db_(db), writable_(writable), utf8_(utf8), describer_(db) {}
   ~SqliteConnection() override { sqlite3_close_v2(db_); }
 
   std::unique_ptr<Cursor> Query(StringView sql) override {
@@ -146,7 +314,7 @@ class SqliteConnection final : public Connection {
     if (HoldsAnotherStatement(tail, text))
       Refuse("The command text holds more than one statement.");
     if (!sqlite3_stmt_readonly(stmt.get())) Refuse("Only statements that read are allowed.");
-    return std::make_unique<SqliteCursor>(db_, std::move(stmt));
+    return std::make_unique<SqliteCursor>(db_, std::move(stmt), describer_, utf8_);
   }
 
   void ExecuteScript(StringView sql) override {
@@ -163,7 +331,96 @@ class SqliteConnection final : public Connection {
   String Engine() const override { return u"sqlite"; }
   String Dbms() const override { return u"SQLite"; }
 
+  bool RepeatsRowOrder() const override { return true; }
+
+  // The pager's counter moves with every commit, this connection's or
+  // another's, that a read on this connection has seen.
+  std::optional<DataVersion> LatestDataVersion() const override {
+    unsigned int counter = 0;
+    if (sqlite3_file_control(db_, "main", SQLITE_FCNTL_DATA_VERSION, &counter) != SQLITE_OK) {
+      return std::nullopt;
+    }
+    return DataVersion{counter, static_cast<uint64_t>(sqlite3_total_changes64(db_))};
+  }
+
+  std::unique_ptr<Table> OpenTable(StringView name) override {
+    const std::string key = ToUtf8(ToLowerAscii(name));
+    auto found = shapes_.find(key);
+    if (found == shapes_.end() || !found->second ||
+        found->second->verified_at != LatestDataVersion()) {
+      if (shapes_.size() >= kMaxShapes) shapes_.clear();
+      found = shapes_.insert_or_assign(key, Shape(name)).first;
+    }
+    if (!found->second) return nullptr;
+    return std::make_unique<SqliteTable>(db_, found->second);
+  }
+
  private:
+  static constexpr size_t kMaxShapes = 256;
+
+  static String ToLowerAscii(StringView text) {
+    String lower(text);
+    for (char16_t& c : lower) {
+      if (c >= u'A' && c <= u'Z') c = static_cast<char16_t>(c - u'A' + u'a');
+    }
+    return lower;
+  }
+
+  Statement TryPrepare(const std::string& sql) const {
+    sqlite3_stmt* raw = nullptr;
+    if (sqlite3_prepare_v3(db_, sql.c_str(), static_cast<int>(sql.size()), 0, &raw, nullptr) !=
+        SQLITE_OK) {
+      sqlite3_finalize(raw);
+      return nullptr;
+    }
+    return Statement(raw);
+  }
+
+  // How the table `name` is read by key, or nullptr when SELECT * FROM name
+  // does not give its rows in rowid order: a view, a table without rowids, a
+  // virtual table, a name qualified by a schema, or a plan that reads the
+  // rows through an index.
+  std::shared_ptr<const TableShape> Shape(StringView name) {
+    if (name.find(u'.') != StringView::npos) return nullptr;
+    auto shape = std::make_shared<TableShape>();
+    shape->utf8 = utf8_;
+    shape->name = ToUtf8(name);
+    auto all = TryPrepare("SELECT * FROM " + shape->name);
+    if (!all) return nullptr;
+    for (int i = 0; i < sqlite3_column_count(all.get()); ++i)
+      shape->columns.push_back(describer_.Describe(all.get(), i));
+
+    auto plan = TryPrepare("EXPLAIN QUERY PLAN SELECT * FROM " + shape->name);
+    if (!plan) return nullptr;
+    int steps = 0;
+    bool plain_scan = false;
+    int rc = SQLITE_ROW;
+    while ((rc = sqlite3_step(plan.get())) == SQLITE_ROW) {
+      const auto* detail = reinterpret_cast<const char*>(sqlite3_column_text(plan.get(), 3));
+      const String text = FromUtf8(detail ? detail : "");
+      plain_scan = EqualsNoCase(text, u"SCAN " + String(name)) ||
+                   EqualsNoCase(text, u"SCAN TABLE " + String(name));
+      ++steps;
+    }
+    if (rc != SQLITE_DONE || steps != 1 || !plain_scan) return nullptr;
+
+    for (const char* candidate : {"rowid", "_rowid_", "oid"}) {
+      bool taken = false;
+      for (const auto& column : shape->columns)
+        taken = taken || EqualsNoCase(column.name, FromUtf8(candidate));
+      if (!taken) {
+        shape->key = candidate;
+        break;
+      }
+    }
+    if (shape->key.empty() ||
+        !TryPrepare("SELECT " + shape->key + " FROM " + shape->name + " ORDER BY " + shape->key)) {
+      return nullptr;
+    }
+    shape->verified_at = LatestDataVersion();
+    return shape;
+  }
+
   // Whether the rest of the text after the first statement holds another
   // one (blanks, comments and semicolons alone do not count).
   bool HoldsAnotherStatement(const void* tail, const String& text) const {
@@ -181,9 +438,27 @@ class SqliteConnection final : public Connection {
 
   sqlite3* db_;
   bool writable_;
+  bool utf8_;
+  Describer describer_;
+  std::unordered_map<std::string, std::shared_ptr<const TableShape>> shapes_;
 };
 
-void Configure(sqlite3* db, bool writable) {
+// Whether the database keeps its texts in UTF-8.
+bool StoresUtf8(sqlite3* db) {
+  sqlite3_stmt* stmt = nullptr;
+  bool utf8 = false;
+  if (sqlite3_prepare_v2(db, "PRAGMA encoding", -1, &stmt, nullptr) == SQLITE_OK &&
+      sqlite3_step(stmt) == SQLITE_ROW) {
+    const auto* encoding = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+    utf8 = encoding && std::strcmp(encoding, "UTF-8") == 0;
+  }
+  sqlite3_finalize(stmt);
+  return utf8;
+}
+
+// Configures a connection just opened; answers whether its database keeps
+// texts in UTF-8.
+bool Configure(sqlite3* db, bool writable) {
   sqlite3_extended_result_codes(db, 1);
   sqlite3_busy_timeout(db, kBusyTimeoutMs);
   sqlite3_db_config(db, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
@@ -199,7 +474,9 @@ void Configure(sqlite3* db, bool writable) {
   // Reading the schema proves the file is a database before the first call.
   rc = sqlite3_exec(db, "SELECT count(*) FROM sqlite_schema", nullptr, nullptr, nullptr);
   if (rc != SQLITE_OK) Fail(db, rc);
+  const bool utf8 = StoresUtf8(db);
   if (!writable) sqlite3_set_authorizer(db, Authorize, nullptr);
+  return utf8;
 }
 
 }  // namespace
@@ -213,13 +490,14 @@ std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable) {
     sqlite3_close_v2(db);
     throw Error(errors::kProviderFailure, kSource, message + u": " + FromUtf8(path));
   }
+  bool utf8 = false;
   try {
-    Configure(db, writable);
+    utf8 = Configure(db, writable);
   } catch (...) {
     sqlite3_close_v2(db);
     throw;
   }
-  return std::make_unique<SqliteConnection>(db, writable);
+  return std::make_unique<SqliteConnection>(db, writable, utf8);
 }
 
 }  // namespace kavrin::db::sqlite
