@@ -16,6 +16,7 @@
 
 #include "db/sqlite/SqliteConnection.h"
 #include "kavrin/Dao.h"
+#include "kavrin/Host.h"
 #include "kavrin/clsPub.h"
 #include "reliability/Bounded.h"
 #include "support/ErrorExpect.h"
@@ -106,12 +107,23 @@ struct Shape {
   std::vector<Variant> args;
 };
 
+// A host without forms whose message boxes are not shown anywhere: the
+// payloads make InvCodeIsTorF report missing items by the thousand.
+class QuietHost final : public UiHost {
+ public:
+  std::shared_ptr<Dispatch> ActiveControl() override {
+    throw Error::Runtime(errors::kObjectNotSet);
+  }
+  int32_t MsgBox(StringView, int32_t, StringView) override { return vbOK; }
+};
+
 class NeverWritten : public ::testing::Test {
  protected:
   NeverWritten() {
     // The desktop database the probe reads is a file of its own, watched too.
     desk_suite_.Exec("CREATE VIEW Stock AS SELECT cInvCode FROM Inventory");
   }
+  ~NeverWritten() override { SetUiHost(previous_host_); }
 
   std::vector<Shape> Shapes() {
     const Variant desk(
@@ -158,6 +170,7 @@ class NeverWritten : public ::testing::Test {
 
   testing::SuiteDb suite_{/*demo=*/true};
   testing::SuiteDb desk_suite_{/*demo=*/true};
+  std::shared_ptr<UiHost> previous_host_ = SetUiHost(std::make_shared<QuietHost>());
 };
 
 TEST_F(NeverWritten, NoPayloadInAnyTextArgumentOfAnyMemberWritesTheDatabase) {
@@ -284,6 +297,28 @@ TEST_F(NeverWritten, WritesPragmasAttachAndExtensionsAreRefusedByTheEngine) {
     }
   }
   EXPECT_EQ(Listing(dir), std::vector<std::string>{"suite.db"});
+}
+
+TEST_F(NeverWritten, ADatabaseInWalModeIsReadWithoutWritingIt) {
+  // Another program may switch the suite's file to write-ahead logging.
+  // Reading it then needs the shared index beside it, which the first reader
+  // makes, with an empty log; the database file itself is never written.
+  suite_.Exec("PRAGMA journal_mode=WAL");
+  const std::string dir = fs::path(suite_.path()).parent_path().string();
+  ASSERT_EQ(Listing(dir), std::vector<std::string>{"suite.db"});
+  const std::string before = Contents(suite_.path());
+  {
+    clsPub pub;
+    pub.DBIA(suite_.Open());
+    EXPECT_EQ(pub.CheckInv(u"010101"), u"010101");
+    EXPECT_KAVRIN_ERROR(
+        pub.FromTo(u"cInvCode", u"1", u"cInvName", u"Inventory; DELETE FROM Inventory"),
+        errors::kProviderSyntax);
+    EXPECT_EQ(pub.GetAccInfo(u"AA", u"cGoodClass"), u"223");
+  }
+  EXPECT_EQ(Contents(suite_.path()), before);
+  EXPECT_EQ(Listing(dir), (std::vector<std::string>{"suite.db", "suite.db-shm", "suite.db-wal"}));
+  EXPECT_EQ(fs::file_size(suite_.path() + "-wal"), 0u);
 }
 
 // Texts that make a statement without end: a recursive common table
