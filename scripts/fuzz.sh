@@ -19,8 +19,10 @@ run_one() {
   rm -rf "$work" && mkdir -p "$work/corpus"
   local dict=()
   [ -f "fuzz/dict/$target.dict" ] && dict=(-dict="fuzz/dict/$target.dict")
-  # Standard input is closed off: no input may make a target wait on it.
-  if "$build_dir/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=4096 \
+  # Standard input is closed off: no input may make a target wait on it. An
+  # input may hold four calls, each of which the engine lets run 30 seconds
+  # before it interrupts the statement; only past that is it a hang.
+  if "$build_dir/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=125 -rss_limit_mb=4096 \
       -print_final_stats=1 -artifact_prefix="$work/" "${dict[@]}" \
       "$work/corpus" "fuzz/corpus/$target" </dev/null >"$work/log" 2>&1; then
     echo "ok $target"
