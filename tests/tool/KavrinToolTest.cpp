@@ -77,6 +77,20 @@ TEST_F(KavrinTool, ShellAnswersEachRequestOnOneObject) {
   EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 3);
 }
 
+TEST_F(KavrinTool, ShellAnswersALineThatIsNotUtf8AndGoesOn) {
+  const ToolRun run = Kavrin("shell " + db_,
+                             "{\"method\":\"FormatNum\",\"args\":[\"\xff\"]}\n"
+                             "{\"method\":\"SepCode\",\"args\":[\"a\xc3\"]}\n"
+                             "{\"method\":\"GetAccInfo\",\"args\":[\"AA\",\"cGoodClass\"]}\n");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 3) << run.out;
+  EXPECT_NE(run.out.find("\"usage\":\"unreadable request"), std::string::npos);
+  EXPECT_NE(run.out.find("\xEF\xBF\xBD"), std::string::npos) << "the byte shows as U+FFFD";
+  EXPECT_NE(run.out.find("{\"ok\":true,\"result\":{\"type\":\"String\",\"value\":\"223\"}"),
+            std::string::npos)
+      << run.out;
+}
+
 TEST_F(KavrinTool, DaoArgumentsOpenADesktopDatabase) {
   if (testing::OnPostgres()) GTEST_SKIP() << "a desktop database is a SQLite file on every engine";
   // The suite database serves as a desktop database too: its tables are

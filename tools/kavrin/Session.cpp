@@ -85,7 +85,10 @@ json Session::Request(const std::string& line) {
     }
     return Call(request["method"].get<std::string>(), args);
   } catch (const json::exception& e) {
-    return {{"ok", false}, {"usage", std::string("unreadable request: ") + e.what()}};
+    // The reader's message quotes the bytes it stopped at, which need not be
+    // UTF-8; the answer must be, or it cannot be written at all.
+    return {{"ok", false},
+            {"usage", ToUtf8(FromUtf8(std::string("unreadable request: ") + e.what()))}};
   } catch (const UsageError& e) {
     return {{"ok", false}, {"usage", e.what()}};
   }

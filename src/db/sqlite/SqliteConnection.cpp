@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <cstring>
 #include <optional>
 #include <unordered_map>
@@ -18,11 +19,17 @@ const String kSource = u"Kavrin.SQLite";
 
 // How long a statement waits for a writer's lock before failing.
 constexpr int kBusyTimeoutMs = 2000;
+// How many virtual-machine steps the engine takes between two looks at the
+// running statement's deadline.
+constexpr int kProgressSteps = 1000;
 
 [[noreturn]] void Fail(sqlite3* db, int rc) {
   const int primary = rc & 0xFF;
   const char* message = db ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
   int32_t number = errors::kProviderSyntax;
+  if (primary == SQLITE_INTERRUPT) {
+    throw Error(errors::kProviderTimeout, kSource, u"Query timeout expired");
+  }
   if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED) {
     number = errors::kProviderTimeout;
   } else if (primary == SQLITE_CANTOPEN || primary == SQLITE_NOTADB || primary == SQLITE_CORRUPT ||
@@ -41,13 +48,14 @@ constexpr int kBusyTimeoutMs = 2000;
 
 // Nothing but statements that read: no attached files, no pragmas that set
 // anything, no writes, no extension loading. A second line of defence behind
-// the read-only open and query_only.
+// the read-only open and query_only. Recursive common table expressions are
+// refused too: the suite's queries have none, and one typed into a code
+// field can generate rows without end.
 int Authorize(void*, int action, const char*, const char*, const char*, const char*) {
   switch (action) {
     case SQLITE_SELECT:
     case SQLITE_READ:
     case SQLITE_FUNCTION:
-    case SQLITE_RECURSIVE:
       return SQLITE_OK;
     default:
       return SQLITE_DENY;
@@ -140,9 +148,28 @@ class Describer {
   std::unordered_map<std::string, ColumnInfo> known_;
 };
 
+// The time a statement of a read-only connection has, from when it starts
+// running to its last row, before the engine interrupts it and it fails as a
+// timeout, as ADO's command timeout would. Cursors share it with their
+// connection, so it outlives every statement that the engine may call it for.
+class Watchdog {
+ public:
+  explicit Watchdog(std::chrono::milliseconds limit) : limit_(limit) {}
+  void Start() { deadline_ = std::chrono::steady_clock::now() + limit_; }
+  static int Expired(void* self) {
+    return std::chrono::steady_clock::now() > static_cast<Watchdog*>(self)->deadline_;
+  }
+
+ private:
+  std::chrono::milliseconds limit_;
+  std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::time_point::max();
+};
+
 // Steps `stmt` once: true on a row, false at the end. Reaching the end
-// resets the statement at once, which ends its read.
-bool Step(sqlite3* db, sqlite3_stmt* stmt) {
+// resets the statement at once, which ends its read. A statement that starts
+// running starts its time.
+bool Step(sqlite3* db, sqlite3_stmt* stmt, Watchdog& watchdog) {
+  if (!sqlite3_stmt_busy(stmt)) watchdog.Start();
   const int rc = sqlite3_step(stmt);
   if (rc == SQLITE_ROW) return true;
   sqlite3_reset(stmt);
@@ -152,8 +179,9 @@ bool Step(sqlite3* db, sqlite3_stmt* stmt) {
 
 class SqliteCursor final : public Cursor {
  public:
-  SqliteCursor(sqlite3* db, Statement stmt, Describer& describer, bool utf8)
-      : db_(db), stmt_(std::move(stmt)), utf8_(utf8) {
+  SqliteCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
+               Describer& describer, bool utf8)
+      : db_(db), watchdog_(std::move(watchdog)), stmt_(std::move(stmt)), utf8_(utf8) {
     const int count = sqlite3_column_count(stmt_.get());
     columns_.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
@@ -164,7 +192,7 @@ class SqliteCursor final : public Cursor {
 
   bool Next() override {
     if (done_) return false;
-    if (Step(db_, stmt_.get())) return true;
+    if (Step(db_, stmt_.get(), *watchdog_)) return true;
     done_ = true;
     return false;
   }
@@ -181,6 +209,7 @@ class SqliteCursor final : public Cursor {
 
  private:
   sqlite3* db_;
+  std::shared_ptr<Watchdog> watchdog_;  // declared first: it outlives the statement
   Statement stmt_;
   bool utf8_;
   std::vector<ColumnInfo> columns_;
@@ -200,13 +229,14 @@ struct TableShape {
 // The rows of a keyed statement: the key first, then the table's columns.
 class SqliteTableCursor final : public TableCursor {
  public:
-  SqliteTableCursor(sqlite3* db, Statement stmt, std::shared_ptr<const TableShape> shape)
-      : db_(db), stmt_(std::move(stmt)), shape_(std::move(shape)) {}
+  SqliteTableCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
+                    std::shared_ptr<const TableShape> shape)
+      : db_(db), watchdog_(std::move(watchdog)), stmt_(std::move(stmt)), shape_(std::move(shape)) {}
 
   const std::vector<ColumnInfo>& Columns() const override { return shape_->columns; }
   bool Next() override {
     if (done_) return false;
-    if (Step(db_, stmt_.get())) return true;
+    if (Step(db_, stmt_.get(), *watchdog_)) return true;
     done_ = true;
     return false;
   }
@@ -218,6 +248,7 @@ class SqliteTableCursor final : public TableCursor {
 
  private:
   sqlite3* db_;
+  std::shared_ptr<Watchdog> watchdog_;  // declared first: it outlives the statement
   Statement stmt_;
   std::shared_ptr<const TableShape> shape_;
   bool done_ = false;
@@ -235,8 +266,9 @@ std::string QuotedIdentifier(StringView name) {
 
 class SqliteTable final : public Table {
  public:
-  SqliteTable(sqlite3* db, std::shared_ptr<const TableShape> shape)
-      : db_(db), shape_(std::move(shape)) {}
+  SqliteTable(sqlite3* db, std::shared_ptr<Watchdog> watchdog,
+              std::shared_ptr<const TableShape> shape)
+      : db_(db), watchdog_(std::move(watchdog)), shape_(std::move(shape)) {}
 
   const std::vector<ColumnInfo>& Columns() const override { return shape_->columns; }
 
@@ -271,7 +303,7 @@ class SqliteTable final : public Table {
 
   int64_t Count() override {
     auto stmt = Prepare("SELECT count(*) FROM " + shape_->name);
-    if (!Step(db_, stmt.get())) return 0;
+    if (!Step(db_, stmt.get(), *watchdog_)) return 0;
     return sqlite3_column_int64(stmt.get(), 0);
   }
 
@@ -289,20 +321,29 @@ class SqliteTable final : public Table {
   }
 
   std::unique_ptr<TableCursor> Wrap(Statement stmt) const {
-    return std::make_unique<SqliteTableCursor>(db_, std::move(stmt), shape_);
+    return std::make_unique<SqliteTableCursor>(db_, watchdog_, std::move(stmt), shape_);
   }
 
   sqlite3* db_;
+  std::shared_ptr<Watchdog> watchdog_;
   std::shared_ptr<const TableShape> shape_;
 };
 
 class SqliteConnection final : public Connection {
  public:
-  SqliteConnection(sqlite3* db, bool writable, bool utf8)
-      : db_(db), writable_(writable), utf8_(utf8), describer_(db) {}
+  SqliteConnection(sqlite3* db, bool writable, bool utf8, std::chrono::milliseconds time_limit)
+      : db_(db),
+        writable_(writable),
+        utf8_(utf8),
+        describer_(db),
+        watchdog_(std::make_shared<Watchdog>(time_limit)) {
+    if (!writable_)
+      sqlite3_progress_handler(db_, kProgressSteps, Watchdog::Expired, watchdog_.get());
+  }
   ~SqliteConnection() override { sqlite3_close_v2(db_); }
 
   std::unique_ptr<Cursor> Query(StringView sql) override {
+    watchdog_->Start();  // preparing counts too: a statement's time starts here
     const String text = QuoteCallKeywords(sql);
     sqlite3_stmt* raw = nullptr;
     const void* tail = nullptr;
@@ -314,7 +355,7 @@ class SqliteConnection final : public Connection {
     if (HoldsAnotherStatement(tail, text))
       Refuse("The command text holds more than one statement.");
     if (!sqlite3_stmt_readonly(stmt.get())) Refuse("Only statements that read are allowed.");
-    return std::make_unique<SqliteCursor>(db_, std::move(stmt), describer_, utf8_);
+    return std::make_unique<SqliteCursor>(db_, watchdog_, std::move(stmt), describer_, utf8_);
   }
 
   void ExecuteScript(StringView sql) override {
@@ -352,7 +393,7 @@ class SqliteConnection final : public Connection {
       found = shapes_.insert_or_assign(key, Shape(name)).first;
     }
     if (!found->second) return nullptr;
-    return std::make_unique<SqliteTable>(db_, found->second);
+    return std::make_unique<SqliteTable>(db_, watchdog_, found->second);
   }
 
  private:
@@ -367,6 +408,7 @@ class SqliteConnection final : public Connection {
   }
 
   Statement TryPrepare(const std::string& sql) const {
+    watchdog_->Start();
     sqlite3_stmt* raw = nullptr;
     if (sqlite3_prepare_v3(db_, sql.c_str(), static_cast<int>(sql.size()), 0, &raw, nullptr) !=
         SQLITE_OK) {
@@ -440,6 +482,7 @@ class SqliteConnection final : public Connection {
   bool writable_;
   bool utf8_;
   Describer describer_;
+  std::shared_ptr<Watchdog> watchdog_;
   std::unordered_map<std::string, std::shared_ptr<const TableShape>> shapes_;
 };
 
@@ -481,7 +524,8 @@ bool Configure(sqlite3* db, bool writable) {
 
 }  // namespace
 
-std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable) {
+std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable,
+                                     std::chrono::milliseconds time_limit) {
   sqlite3* db = nullptr;
   const int flags = writable ? (SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) : SQLITE_OPEN_READONLY;
   const int rc = sqlite3_open_v2(path.c_str(), &db, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
@@ -497,7 +541,7 @@ std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable) {
     sqlite3_close_v2(db);
     throw;
   }
-  return std::make_unique<SqliteConnection>(db, writable, utf8);
+  return std::make_unique<SqliteConnection>(db, writable, utf8, time_limit);
 }
 
 }  // namespace kavrin::db::sqlite
