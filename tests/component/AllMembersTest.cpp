@@ -1,11 +1,13 @@
 // Every member of clsPub called by name, in the interface's order, on the demo
-// company: what a script driving a form would see.
+// company: what a script driving a form would see; and the platform's answers
+// to calls by name it cannot make.
 #include <gtest/gtest.h>
 
 #include "kavrin/Dao.h"
 #include "kavrin/Schema.h"
 #include "kavrin/clsPub.h"
 #include "support/ComponentTest.h"
+#include "support/ErrorExpect.h"
 #include "support/FakeUi.h"
 
 namespace kavrin {
@@ -101,6 +103,7 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
     const MemberInfo& member = members[i];
     std::vector<Variant> args = calls[i].args;
     SCOPED_TRACE(ToUtf8(member.name));
+    EXPECT_EQ(member.number, int(i + 1));
     EXPECT_EQ(pub_.Invoke(member.name, member.kind, args), calls[i].result);
     if (!calls[i].args_after.empty()) {
       EXPECT_EQ(args, calls[i].args_after);
@@ -112,6 +115,39 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
   EXPECT_EQ(list->items, (std::vector<String>{u"01             原料库", u"02             成品库",
                                               u"03             车间库"}));
   EXPECT_TRUE(ui_->shown.empty());
+}
+
+TEST(LateBinding, CallsByNameCoerceArgumentsOrFailWithThePlatformsNumbers) {
+  testing::SuiteDb suite;
+  suite.Exec("INSERT INTO Warehouse (cWhCode, cWhName) VALUES ('7', 'Main')");
+  auto pub = CreateObject(u"kavrin.CLSPUB");
+  ASSERT_EQ(pub->TypeName(), u"clsPub");
+  Variant db(std::shared_ptr<Dispatch>(suite.Open()));
+  pub->Invoke(u"DBIA", InvokeKind::PropertyPutRef, std::span<Variant>(&db, 1));
+  EXPECT_EQ(pub->Get(u"dbia").AsObject(), db.AsObject());
+  std::vector<Variant> args{int32_t{7}, u"3"};  // a number for the code, a text for the style
+  EXPECT_EQ(pub->Call(u"codetoname", args), Variant(u"Main"));
+
+  struct {
+    const char16_t* member;
+    std::vector<Variant> args;
+    int32_t error;
+  } bad[] = {
+      {u"NoSuchMember", {}, errors::kMemberNotFound},
+      {u"CodeToName", {}, errors::kArgumentNotOptional},
+      {u"CodeToName", {u"01", int32_t{0}, int32_t{1}}, errors::kWrongArgumentCount},
+      {u"CodeToName", {u"01", u"abc"}, errors::kTypeMismatch},
+      {u"CodeToName", {u"01", int32_t{256}}, errors::kOverflow},
+      {u"CodeToName", {Variant::Null(), int32_t{0}}, errors::kInvalidUseOfNull},
+      // Arguments are read in order: the first bad one is reported.
+      {u"GetMonthState", {Variant::Null(), u"x"}, errors::kInvalidUseOfNull},
+  };
+  for (auto& call : bad)
+    EXPECT_KAVRIN_ERROR(pub->Call(call.member, call.args), call.error);
+  std::vector<Variant> not_a_db{u"text"};
+  EXPECT_KAVRIN_ERROR(pub->Invoke(u"DBIA", InvokeKind::PropertyPutRef, not_a_db),
+                      errors::kTypeMismatch);
+  EXPECT_KAVRIN_ERROR(CreateObject(u"Kavrin.Other"), 429);
 }
 
 }  // namespace
