@@ -2,6 +2,7 @@
 // warehouses a form offers, and an item's heads in a warehouse.
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <vector>
 
 #include "kavrin/clsPub.h"
@@ -105,11 +106,8 @@ TEST_F(DifferenceHeads, TheMostSpecificSettingAnswersAndNothingLeavesTheOutputs)
       " ('02', NULL, '03', 'E', 'F'),"     // warehouse 02, class prefix 03
       " (NULL, NULL, '0301', 'G', 'H'),"   // any warehouse, class prefix 0301
       " ('05', NULL, '99', 'I', NULL);");  // warehouse 05, no item setting
-  const struct {
-    const char16_t *wh, *cls, *inv;
-    size_t tried;
-    Pair heads;
-  } cases[] = {
+  // Warehouse, class and item; the settings tried; the heads found.
+  const std::tuple<const char16_t*, const char16_t*, const char16_t*, size_t, Pair> cases[] = {
       // This warehouse's item setting wins over a longer prefix for any warehouse.
       {u"01", u"0301", u"010105", 1, {u"A", u"B"}},
       {u"02", u"0301", u"010105", 2, {u"C", u"D"}},
@@ -118,14 +116,14 @@ TEST_F(DifferenceHeads, TheMostSpecificSettingAnswersAndNothingLeavesTheOutputs)
       {u"04", u"0301", u"020202", 4, {u"G", u"H"}},
       // A warehouse row set for another class answers; a Null head is empty.
       {u"05", u"0501", u"020202", 5, {u"I", u""}},
-      {u"06", u"0501", u"020202", 5, {u"before", u"before"}},
-  };
-  for (const auto& c : cases) {
+      // Nothing applies: the caller's values stay.
+      {u"06", u"0501", u"020202", 5, {u"before", u"before"}}};
+  for (const auto& [wh, cls, inv, tried, expected] : cases) {
     ClearSent();
     Pair heads{u"before", u"before"};
-    pub_.GetInvDifHead(c.wh, c.cls, c.inv, heads.first, heads.second);
-    EXPECT_EQ(heads, c.heads) << ToUtf8(c.wh);
-    EXPECT_EQ(Sent(), Sequence(c.wh, c.cls, c.inv, c.tried)) << ToUtf8(c.wh);
+    pub_.GetInvDifHead(wh, cls, inv, heads.first, heads.second);
+    EXPECT_EQ(heads, expected) << ToUtf8(wh);
+    EXPECT_EQ(Sent(), Sequence(wh, cls, inv, tried)) << ToUtf8(wh);
   }
 
   // By name, an omitted output receives nothing.
