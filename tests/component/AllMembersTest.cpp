@@ -1,11 +1,15 @@
 // Every member of clsPub called by name, in the interface's order, on the demo
-// company: what a script driving a form would see.
+// company: what a script driving a form would see; and the platform's answers
+// to calls by name it cannot make.
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 #include "kavrin/Dao.h"
 #include "kavrin/Schema.h"
 #include "kavrin/clsPub.h"
 #include "support/ComponentTest.h"
+#include "support/ErrorExpect.h"
 #include "support/FakeUi.h"
 
 namespace kavrin {
@@ -17,8 +21,6 @@ using testing::FakeList;
 class AllMembers : public testing::ComponentTest {
  protected:
   AllMembers() : ComponentTest(/*demo=*/true) {}
-
-  std::shared_ptr<Dispatch> Object(std::shared_ptr<Dispatch> object) { return object; }
 
   testing::ScopedUiHost ui_;
 };
@@ -40,16 +42,15 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
   auto desktop = dao::Database::Open(desktop_file);
   const Array no_switches(0, VarType::Boolean, 10);
   Array free_items = no_switches;
-  free_items.Store(0, true);
-  free_items.Store(1, true);
-  free_items.Store(9, true);
+  for (int32_t i : {0, 1, 9})
+    free_items.Store(i, true);
 
   // The latest closed period plus one, typed as the platform adds 1 to the
   // server's MAX(): an Integer, where SQLite types the MAX() by its storage
   // as a Long.
   const Variant current_period = testing::OnPostgres() ? Variant(int16_t{3}) : Variant(int32_t{3});
 
-  const Variant db = Object(db_);
+  const Variant db = std::shared_ptr<Dispatch>(db_);
   const std::vector<Call> calls = {
       {{}, db},                                                         // DBIA (read)
       {{db}, Variant()},                                                // DBIA (assign)
@@ -74,7 +75,7 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
       {{}, current_period},                                             // CurPeriod
       {{1234.5678, int16_t{3}}, u"1,234.568"},                          // FormatNum1
       {{int32_t{9001}}, u"0000000001"},                                 // JustID2Code
-      {{Variant(Object(desktop)), u"inventory"}, true},                 // ExistTableQueryDAO
+      {{std::shared_ptr<Dispatch>(desktop), u"inventory"}, true},       // ExistTableQueryDAO
       {{}, true},                                                       // CheckWareDep
       {{u""}, uint8_t{1}, {u"IA"}},                                     // StartAccMonth
       {{int32_t{9001}, true}, u"普通采购"},                             // JustIDs2CorBusType
@@ -85,7 +86,7 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
       {{u"0201"}, u"03"},                                               // DepCode2WhCode
       {{uint8_t{9}}, true},                                             // IsEndHandled
       {{int16_t{2}, int16_t{7}}, int16_t{4}},                           // CodeGrade2Length
-      {{Variant(Object(list))}, Variant()},                             // FillCboCK
+      {{std::shared_ptr<Dispatch>(list)}, Variant()},                   // FillCboCK
       {{u"GL", int16_t{2}}, true},                                      // GetMonthState
       {{u"020101", no_switches}, Variant(), {u"020101", free_items}},   // GetInvUseFreeNew
       {{u"010102", false, false}, Variant(), {u"010102", true, true}},  // GetInvUseFree
@@ -101,6 +102,7 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
     const MemberInfo& member = members[i];
     std::vector<Variant> args = calls[i].args;
     SCOPED_TRACE(ToUtf8(member.name));
+    EXPECT_EQ(member.number, int(i + 1));
     EXPECT_EQ(pub_.Invoke(member.name, member.kind, args), calls[i].result);
     if (!calls[i].args_after.empty()) {
       EXPECT_EQ(args, calls[i].args_after);
@@ -112,6 +114,32 @@ TEST_F(AllMembers, EveryMemberAnswersByNameInOrder) {
   EXPECT_EQ(list->items, (std::vector<String>{u"01             原料库", u"02             成品库",
                                               u"03             车间库"}));
   EXPECT_TRUE(ui_->shown.empty());
+}
+
+TEST_F(AllMembers, CallsByNameCoerceArgumentsOrFailWithThePlatformsNumbers) {
+  auto pub = CreateObject(u"kavrin.CLSPUB");
+  ASSERT_EQ(pub->TypeName(), u"clsPub");
+  Variant db = std::shared_ptr<Dispatch>(db_);
+  pub->Invoke(u"DBIA", InvokeKind::PropertyPutRef, std::span<Variant>(&db, 1));
+  EXPECT_EQ(pub->Get(u"dbia").AsObject(), db.AsObject());
+  std::vector<Variant> args{int32_t{11}, u"4"};  // a number for the code, a text for the style
+  EXPECT_EQ(pub->Call(u"codetoname", args), Variant(u"采购入库"));
+
+  const std::tuple<const char16_t*, std::vector<Variant>, int32_t> bad_calls[] = {
+      {u"NoSuchMember", {}, errors::kMemberNotFound},
+      {u"CodeToName", {}, errors::kArgumentNotOptional},
+      {u"CodeToName", {u"01", int32_t{0}, int32_t{1}}, errors::kWrongArgumentCount},
+      {u"CodeToName", {u"01", u"abc"}, errors::kTypeMismatch},
+      {u"CodeToName", {u"01", int32_t{256}}, errors::kOverflow},
+      {u"CodeToName", {Variant::Null(), int32_t{0}}, errors::kInvalidUseOfNull},
+      // Arguments are read in order: the first bad one is reported.
+      {u"GetMonthState", {Variant::Null(), u"x"}, errors::kInvalidUseOfNull}};
+  for (auto [member, args, error] : bad_calls)
+    EXPECT_KAVRIN_ERROR(pub->Call(member, args), error);
+  std::vector<Variant> not_a_db{u"text"};
+  EXPECT_KAVRIN_ERROR(pub->Invoke(u"DBIA", InvokeKind::PropertyPutRef, not_a_db),
+                      errors::kTypeMismatch);
+  EXPECT_KAVRIN_ERROR(CreateObject(u"Kavrin.Other"), 429);
 }
 
 }  // namespace
