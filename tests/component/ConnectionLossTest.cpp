@@ -16,44 +16,33 @@
 namespace kavrin {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 #ifdef KAVRIN_PG_SERVER_SCRIPT
-// A server of the test's own, started and stopped with the harness's script.
-class PrivateServer {
- public:
+// A server of the test's own, started and stopped with the harness's script,
+// holding the demo company in its database "suite".
+struct PrivateServer {
   PrivateServer() { Start(); }
-  ~PrivateServer() { Stop(); }
-
-  void Start() {
-    Run("start");
-    std::ifstream in(state_);
-    for (std::string line; std::getline(in, line);)
-      if (line.rfind("port=", 0) == 0) port_ = line.substr(5);
-    if (port_.empty()) throw std::runtime_error("the private server did not start");
-    db::OpenForSetup(ConnectionString("postgres"))->ExecuteScript(u"CREATE DATABASE suite");
-    CreateSuiteDatabase(ConnectionString("suite"), /*with_demo_data=*/true);
-  }
-  void Stop() { Run("stop"); }
-
-  String ConnectionString(const std::string& database) const {
-    return FromUtf8("odbc:Driver={PostgreSQL Unicode};Server=127.0.0.1;Port=" + port_ +
-                    ";UID=postgres;Database=" + database);
-  }
-
- private:
+  ~PrivateServer() { Run("stop"); }
   void Run(const std::string& command) {
     const std::string line =
-        std::string(KAVRIN_PG_SERVER_SCRIPT) + " " + command + " " + state_ + " >/dev/null 2>&1";
+        std::string(KAVRIN_PG_SERVER_SCRIPT) + " " + command + " " + state + " >/dev/null 2>&1";
     if (std::system(line.c_str()) != 0)
       throw std::runtime_error("server.sh " + command + " failed");
   }
-
-  testing::TempDir dir_;
-  std::string state_ = dir_.path() + "/server.state";
-  std::string port_;
+  void Start() {
+    Run("start");
+    std::ifstream in(state);
+    for (std::string line; std::getline(in, line);)
+      if (line.rfind("port=", 0) == 0) port = line.substr(5);
+    db::OpenForSetup(At("postgres"))->ExecuteScript(u"CREATE DATABASE suite");
+    CreateSuiteDatabase(At("suite"), /*with_demo_data=*/true);
+  }
+  String At(const std::string& database) const {
+    return FromUtf8("odbc:Driver={PostgreSQL Unicode};Server=127.0.0.1;Port=" + port +
+                    ";UID=postgres;Database=" + database);
+  }
+  testing::TempDir dir;
+  std::string state = dir.path() + "/server.state", port;
 };
-
 #endif  // KAVRIN_PG_SERVER_SCRIPT
 
 void ExpectWorking(clsPub& pub) {
@@ -62,19 +51,12 @@ void ExpectWorking(clsPub& pub) {
 }
 
 void ExpectLost(clsPub& pub) {
-  const auto start = Clock::now();
-  try {
-    pub.GetAccInfo(u"AA", u"cGoodClass");
-    ADD_FAILURE() << "the call succeeded on a lost connection";
-  } catch (const Error& e) {
-    EXPECT_EQ(e.number(), errors::kProviderFailure) << e.what();
-    EXPECT_EQ(e.source(), u"Kavrin.ODBC");
-    EXPECT_FALSE(e.description().empty());
-  }
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_KAVRIN_ERROR(pub.GetAccInfo(u"AA", u"cGoodClass"), errors::kProviderFailure);
   EXPECT_EQ(pub.CodeToName(u"010101", 0), u"") << "the trapping members answer their default";
   EXPECT_KAVRIN_ERROR(pub.FromTo(u"cInvCode", u"010101", u"iInvRCost", u"Inventory"),
                       errors::kProviderFailure);
-  EXPECT_LT(std::chrono::duration<double>(Clock::now() - start).count(), 10.0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 TEST(ConnectionLoss, CallsFailCleanlyWhileTheSessionOrServerIsGoneAndWorkOnAReopenedDbia) {
@@ -95,13 +77,12 @@ TEST(ConnectionLoss, CallsFailCleanlyWhileTheSessionOrServerIsGoneAndWorkOnAReop
 #ifdef KAVRIN_PG_SERVER_SCRIPT
   // The server stopped, and started again.
   PrivateServer server;
-  pub.DBIA(KitDatabase::Open(server.ConnectionString("suite")));
-  server.Stop();
+  pub.DBIA(KitDatabase::Open(server.At("suite")));
+  server.Run("stop");
   ExpectLost(pub);
-  EXPECT_KAVRIN_ERROR(KitDatabase::Open(server.ConnectionString("suite")),
-                      errors::kProviderFailure);
+  EXPECT_KAVRIN_ERROR(KitDatabase::Open(server.At("suite")), errors::kProviderFailure);
   server.Start();
-  pub.DBIA(KitDatabase::Open(server.ConnectionString("suite")));
+  pub.DBIA(KitDatabase::Open(server.At("suite")));
   ExpectWorking(pub);
 #endif
 }

@@ -103,40 +103,34 @@ TEST(Dialect, AnswersAsTheServerDoes) {
 }
 
 TEST(Dialect, ValuesAreTypedFromDeclaredColumnTypes) {
-  SuiteDb suite;
-  std::string long_name;  // read back whole, trailing blanks and all
-  for (int i = 0; i < 1500; ++i)
-    long_name += "仓库";
-  suite.Exec(
-      "INSERT INTO GL_mEnd (iPeriod, bFlag, bFlag_IA) VALUES (3, 1, NULL), (2, 0, 0);"
-      "INSERT INTO InventoryClass (cInvCCode, iInvCGrade) VALUES ('01', 1);"
-      "INSERT INTO Inventory (cInvCode, iInvRCost, cInvStd) VALUES ('01', 12, '" +
-      long_name +
-      "  ');"
-      "INSERT INTO IA_Subsidiary (JustID, dKeepDate) VALUES (7, '2026-03-31 08:30:00');");
+  SuiteDb suite(/*demo=*/true);
+  const String long_name = String(3000, u'仓') + u"  ";  // read back whole, blanks and all
+  suite.Exec("UPDATE Inventory SET cInvStd = '" + ToUtf8(long_name) +
+             "' WHERE cInvCode = '010102';"
+             "UPDATE IA_Subsidiary SET dKeepDate = '2026-03-31 08:30:00' WHERE JustID = 9001");
   auto c = db::Open(suite.ConnectionString());
-  auto value = [&](StringView sql) {
-    auto cursor = c->Query(FromUtf8("select ") + String(sql));
-    EXPECT_TRUE(cursor->Next()) << ToUtf8(sql);
+  auto value = [&](const std::string& sql) {
+    auto cursor = c->Query(FromUtf8("select " + sql));
+    EXPECT_TRUE(cursor->Next()) << sql;
     return cursor->Value(0);
   };
   // PostgreSQL has no one-byte TINYINT, and types MAX() by its column;
   // SQLite types an expression by its storage class.
-  EXPECT_EQ(value(u"iPeriod from gl_mend"), OnPostgres() ? Variant(int16_t{3}) : uint8_t{3});
-  EXPECT_EQ(value(u"MAX(iPeriod) from gl_mend"), OnPostgres() ? Variant(int16_t{3}) : int32_t{3});
-  const std::pair<const char16_t*, Variant> cases[] = {
-      {u"bFlag from gl_mend", true},
-      {u"bFlag from gl_mend where iPeriod=2", false},
-      {u"bFlag_IA from gl_mend", Variant::Null()},
-      {u"iInvCGrade from InventoryClass", int16_t{1}},
-      {u"iInvRCost from Inventory", 12.0},
-      {u"cInvName from Inventory", Variant::Null()},
-      {u"cInvStd from Inventory", FromUtf8(long_name + "  ")},
-      {u"JustID from IA_Subsidiary", int32_t{7}},
-      {u"AutoID from IA_Subsidiary", int32_t{1}}};  // a row id left out is filled in
+  EXPECT_EQ(value("iPeriod from GL_mEnd where iPeriod=3"),
+            OnPostgres() ? Variant(int16_t{3}) : uint8_t{3});
+  EXPECT_EQ(value("MAX(iPeriod) from GL_mEnd"), OnPostgres() ? Variant(int16_t{12}) : int32_t{12});
+  const std::pair<const char*, Variant> cases[] = {
+      {"bFlag from GL_mEnd where iPeriod=1", true},
+      {"bFlag from GL_mEnd where iPeriod=3", false},
+      {"iInvCGrade from InventoryClass where cInvCCode='0101'", int16_t{2}},
+      {"iInvRCost from Inventory where cInvCode='010101'", 86.5},
+      {"cInvStd from Inventory where cInvCode='010102'", long_name},
+      {"JustID from IA_Subsidiary where cBusType='领料'", Variant::Null()},
+      {"JustID from IA_Subsidiary where cBusType='入库调整'", int32_t{9001}},
+      {"AutoID from IA_Subsidiary where JustID=9001", int32_t{3}}};  // filled in when left out
   for (const auto& [sql, expected] : cases)
-    EXPECT_EQ(value(sql), expected) << ToUtf8(sql);
-  const Variant keep = value(u"dKeepDate from IA_Subsidiary");
+    EXPECT_EQ(value(sql), expected) << sql;
+  const Variant keep = value("dKeepDate from IA_Subsidiary where JustID=9001");
   ASSERT_EQ(keep.type(), VarType::Date);
   EXPECT_DOUBLE_EQ(keep.AsDate().value, 46112 + 8.5 / 24);  // 31 March 2026 08:30
 }
@@ -180,34 +174,29 @@ TEST(SqlText, StatementsSplitOnlyAtSemicolonsOutsideQuotesAndComments) {
   const db::SqlQuoting plain, postgres{false, true, true}, sql_server{true, false, false};
   EXPECT_EQ(SplitStatements(u"  select ';' ;; select \"a;b\" -- done\n", plain),
             (std::vector<StringView>{u"select ';'", u"select \"a;b\""}));
-  const struct {
-    const db::SqlQuoting& quoting;
-    size_t statements;
-    std::vector<const char16_t*> texts;
-  } cases[] = {{plain, 0, {u"", u"/* only */ -- comments\n ;"}},
-               {plain,
-                1,  // an unterminated quote the server rejects whole
-                {u"select 'it''s; fine'", u"select 1 /* a; /* nested; */ still; */",
-                 u"select 1 -- ; drop table x", u"select 'unterminated; drop table x"}},
-               {plain, 2, {u"select 1 -- comment\n; drop table x"}},
-               // PostgreSQL: the backslash escapes a quote only in E'' strings, and a
-               // dollar-quoted text may hold quotes of either kind; not every $ opens
-               // one; there are no [names], so a bracket hides nothing.
-               {postgres, 1, {u"select $tag$ $$;' $tag$"}},
-               {postgres,
-                2,
-                {u"select * from code where ccode='x'; delete from code --'",
-                 u"select E'\\'' ; delete from code; --'", u"select E'\\\\'; delete from code",
-                 u"select 'a\\'; delete from code; --'", u"select $$ ' $$; delete from code; -- '",
-                 u"select $1; select a$b", u"select e'x'; select 1", u"select name'x'; select 1",
-                 u"select x[1;2] from code"}},
-               // SQL Server: [names] may hold quotes and semicolons.
-               {sql_server, 1, {u"select [it's; a name] from code"}},
-               {sql_server, 2, {u"select [a']; delete from code --'"}}};
-  for (const auto& [quoting, statements, texts] : cases) {
+  auto expect = [](size_t statements, const db::SqlQuoting& quoting,
+                   std::initializer_list<const char16_t*> texts) {
     for (const char16_t* text : texts)
       EXPECT_EQ(SplitStatements(text, quoting).size(), statements) << ToUtf8(text);
-  }
+  };
+  expect(0, plain, {u"", u"/* only */ -- comments\n ;"});
+  expect(1, plain,  // an unterminated quote the server rejects whole
+         {u"select 'it''s; fine'", u"select 1 /* a; /* nested; */ still; */",
+          u"select 1 -- ; drop table x", u"select 'unterminated; drop table x"});
+  expect(2, plain, {u"select 1 -- comment\n; drop table x"});
+  // PostgreSQL: the backslash escapes a quote only in E'' strings, and a
+  // dollar-quoted text may hold quotes of either kind; not every $ opens one;
+  // there are no [names], so a bracket hides nothing.
+  expect(1, postgres, {u"select $tag$ $$;' $tag$"});
+  expect(2, postgres,
+         {u"select * from code where ccode='x'; delete from code --'",
+          u"select E'\\'' ; delete from code; --'", u"select E'\\\\'; delete from code",
+          u"select 'a\\'; delete from code; --'", u"select $$ ' $$; delete from code; -- '",
+          u"select $1; select a$b", u"select e'x'; select 1", u"select name'x'; select 1",
+          u"select x[1;2] from code"});
+  // SQL Server: [names] may hold quotes and semicolons.
+  expect(1, sql_server, {u"select [it's; a name] from code"});
+  expect(2, sql_server, {u"select [a']; delete from code --'"});
   EXPECT_EQ(db::LeadingWord(u"  /* why */ ((SELECT 1))", plain), u"SELECT");
   EXPECT_EQ(db::LeadingWord(u"-- note\nDelete from x", plain), u"Delete");
   EXPECT_EQ(db::LeadingWord(u"'select'", plain), u"");
@@ -216,22 +205,13 @@ TEST(SqlText, StatementsSplitOnlyAtSemicolonsOutsideQuotesAndComments) {
       (std::vector<StringView>{u"SELECT", u"MAX", u"i", u"AS", u"m", u"FROM", u"WHERE", u"x"}));
 }
 
-TEST(Collation, ServerCollationNames) {
-  const auto ci = db::CollationFromName(u"Chinese_PRC_CI_AS");
-  const auto cs = db::CollationFromName(u"Latin1_General_CS_AS");
-  ASSERT_TRUE(ci && cs);
-  EXPECT_FALSE(db::CollationFromName(u"NOCASE"));
-  EXPECT_TRUE(ci->Equal(u"Abc", u"aBC  ") && ci->Equal(u"ÄÖ", u"äö"));
-  EXPECT_TRUE(cs->Equal(u"abc", u"abc ") && !cs->Equal(u"Abc", u"abc"));
-  EXPECT_LT(ci->Compare(u"01", u"02"), 0);
-}
-
-// The database compares and the driver reads stored UTF-8 texts without
-// SQLite turning them into UTF-16 first: both must agree with SQLite's own
-// UTF-16 form of them (an index built by either must serve the other), for
-// ill-formed texts too: stray continuation bytes, truncated, overlong and
-// surrogate sequences, non-characters, leads of five and six bytes.
-TEST(Collation, StoredUtf8TextsReadAndOrderAsTheirUtf16Form) {
+// Server collations by name; and a UTF-8 database compares its texts, and the
+// driver reads them, without SQLite turning them into UTF-16 first: both must
+// agree with SQLite's own UTF-16 form of them (an index built by either must
+// serve the other), for ill-formed texts too: stray continuation bytes,
+// truncated, overlong and surrogate sequences, non-characters, leads of five
+// and six bytes.
+TEST(Collation, ServerRulesAndStoredUtf8TextsAgreeWithTheirUtf16Form) {
   const char* pieces[] = {
       // Well-formed, in several cases and widths.
       "a", "A", "z", "Z", " ", "0", "\xC3\xA9", "\xC3\x89", "\xE4\xB8\xAD", "\xEF\xBC\xA1",
@@ -265,8 +245,13 @@ TEST(Collation, StoredUtf8TextsReadAndOrderAsTheirUtf16Form) {
                   static_cast<size_t>(sqlite3_column_bytes16(stmt, i) / 2));
   };
   auto sign = [](int value) { return (value > 0) - (value < 0); };
-  const auto ci = *db::CollationFromName(u"Chinese_PRC_CI_AS");
-  const auto cs = *db::CollationFromName(u"Latin1_General_CS_AS");
+  const auto ci = db::CollationFromName(u"Chinese_PRC_CI_AS");
+  const auto cs = db::CollationFromName(u"Latin1_General_CS_AS");
+  ASSERT_TRUE(ci && cs);
+  EXPECT_FALSE(db::CollationFromName(u"NOCASE"));
+  EXPECT_TRUE(ci->Equal(u"Abc", u"aBC  ") && ci->Equal(u"ÄÖ", u"äö"));
+  EXPECT_TRUE(cs->Equal(u"abc", u"abc ") && !cs->Equal(u"Abc", u"abc"));
+  EXPECT_LT(ci->Compare(u"01", u"02"), 0);
   for (int i = 0; i < 40000; ++i) {
     const std::string a = text();
     // Often a variant of the same text, so that ties and near ties come up.
@@ -277,8 +262,8 @@ TEST(Collation, StoredUtf8TextsReadAndOrderAsTheirUtf16Form) {
     ASSERT_EQ(sqlite3_step(stmt), SQLITE_ROW);
     const String a16 = utf16(0), b16 = utf16(1);
     ASSERT_EQ(db::sqlite::StoredTextAsUtf16(a), a16) << "text " << i;
-    ASSERT_EQ(sqlite3_column_int(stmt, 2), sign(ci.Compare(a16, b16))) << "case-insensitive " << i;
-    ASSERT_EQ(sqlite3_column_int(stmt, 3), sign(cs.Compare(a16, b16))) << "case-sensitive " << i;
+    ASSERT_EQ(sqlite3_column_int(stmt, 2), sign(ci->Compare(a16, b16))) << "case-insensitive " << i;
+    ASSERT_EQ(sqlite3_column_int(stmt, 3), sign(cs->Compare(a16, b16))) << "case-sensitive " << i;
     sqlite3_reset(stmt);
   }
 }

@@ -19,15 +19,11 @@
 namespace kavrin {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::OnPostgres;
-using testing::SuiteDb;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kNoServer = "about a database server, and SQLite is a file";
-
-double SecondsSince(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
 
 // A loopback port that takes connections and never answers them: the
 // socket (to close) and an ODBC connection string to it.
@@ -46,7 +42,7 @@ std::pair<int, String> SilentPort() {
 
 TEST(Server, StatementsFailWithDiagnosticsOrTimeOutAndSetupScriptsRunOneByOne) {
   if (!OnPostgres()) GTEST_SKIP() << kNoServer;
-  SuiteDb suite;
+  testing::SuiteDb suite;
   auto c = db::odbc::Connect(suite.ConnectionString().substr(5),  // without "odbc:"
                              false, db::odbc::Timeouts{.query_seconds = 1});
   EXPECT_EQ(c->Engine() + u"/" + c->Dbms(), u"odbc/PostgreSQL");
@@ -67,7 +63,7 @@ TEST(Server, StatementsFailWithDiagnosticsOrTimeOutAndSetupScriptsRunOneByOne) {
   }
   auto start = Clock::now();
   EXPECT_KAVRIN_ERROR(c->Query(u"select pg_sleep(20)"), errors::kProviderTimeout);
-  EXPECT_LT(SecondsSince(start), 10.0);
+  EXPECT_LT(Clock::now() - start, 10s);
   EXPECT_NO_THROW(c->Query(u"select 1")) << "the connection stays usable";
 
   auto setup = db::OpenForSetup(suite.ConnectionString());
@@ -93,15 +89,15 @@ TEST(Server, OpeningFailsCleanlyAndInBoundedTime) {
        {u"odbc:" + closed_server, testing::ServerConnectionString("no_such_database"),
         String(u"odbc:Driver={No Such Driver};Server=127.0.0.1"), String(u"odbc:DSN=no_such_dsn")})
     EXPECT_KAVRIN_ERROR(db::Open(target), errors::kProviderFailure);
-  EXPECT_LT(SecondsSince(start), 5.0);
+  EXPECT_LT(Clock::now() - start, 5s);
   // A server that takes the connection and never answers: the login timeout.
   start = Clock::now();
   EXPECT_KAVRIN_ERROR(
       db::odbc::Connect(silent_server, false, db::odbc::Timeouts{.login_seconds = 2}),
       errors::kProviderFailure);
   ::close(silent);
-  EXPECT_GT(SecondsSince(start), 1.5);
-  EXPECT_LT(SecondsSince(start), 10.0);
+  EXPECT_GT(Clock::now() - start, 1500ms);
+  EXPECT_LT(Clock::now() - start, 10s);
 }
 
 }  // namespace
