@@ -57,36 +57,33 @@ TEST(Dialect, AnswersAsTheServerDoes) {
   auto rows = [&](const std::string& sql) { return Rows(c->Query(FromUtf8("select " + sql))); };
   // Texts compare without case, trailing blanks or width; leading blanks
   // count; ORDER BY follows the column's collation.
-  const char* warehouses[][2] = {{"cwhcode='A1   '", "a1|"},
-                                 {"cWhName='main'", "a1|"},
-                                 {"cWhName='store'", "B2|"},
-                                 {"cWhCode=' a1'", ""},
-                                 {"1=1 order by cWhCode", "a1|B2|"}};
-  for (const auto& [where, codes] : warehouses)
-    EXPECT_EQ(rows("cWhCode from WAREHOUSE where " + std::string(where)), codes) << where;
-  // len() ignores trailing blanks; right(), left() and substring() of a value keep them.
-  const std::string a1 = " from Warehouse where cWhCode='a1'";
-  EXPECT_EQ(rows("len('ab  '), len('  ab'), len(' '), len('仓库'), len(NULL), len(cMonth)" + a1),
+  EXPECT_EQ(rows("cWhCode from WAREHOUSE where cwhcode='A1   '"), "a1|");
+  EXPECT_EQ(rows("cWhCode from warehouse where cWhName='main'"), "a1|");
+  EXPECT_EQ(rows("cWhCode from warehouse where cWhName='store'"), "B2|");
+  EXPECT_EQ(rows("cWhCode from warehouse where cWhCode=' a1'"), "");
+  EXPECT_EQ(rows("cWhCode from warehouse order by cWhCode"), "a1|B2|");
+  // len() ignores trailing blanks; right(), left() and substring() of a
+  // value keep them.
+  auto a1 = [&](const std::string& values) {
+    return rows(values + " from Warehouse where cWhCode='a1'");
+  };
+  EXPECT_EQ(a1("len('ab  '), len('  ab'), len(' '), len('仓库'), len(NULL), len(cMonth)"),
             "2|4|0|2|Null|6|");
-  EXPECT_EQ(rows("RIGHT('202603',2), right('ab',5), LEFT('202603',4), RIGHT(cMonth,2), "
-                 "left(cMonth,8)" +
-                 a1),
-            "03|ab|2026|  |202603  |");
-  EXPECT_EQ(rows("substring('abcdef',0,3), substring('abcdef',-1,3), substring('abcdef',9,3), "
-                 "substring(cMonth,5,4), substring('010105',1, len('0101  '))" +
-                 a1),
+  EXPECT_EQ(
+      a1("RIGHT('202603',2), right('ab',5), LEFT('202603',4), RIGHT(cMonth,2), left(cMonth,8)"),
+      "03|ab|2026|  |202603  |");
+  EXPECT_EQ(a1("substring('abcdef',0,3), substring('abcdef',-1,3), substring('abcdef',9,3), "
+               "substring(cMonth,5,4), substring('010105',1, len('0101  '))"),
             "ab|a||03  |0101|");
-  EXPECT_KAVRIN_ERROR(rows("right(cMonth,-1)" + a1), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(a1("right(cMonth,-1)"), errors::kProviderSyntax);
   // PostgreSQL's own right() of a literal takes -1 as "all but 1".
   if (!OnPostgres()) EXPECT_KAVRIN_ERROR(rows("right('ab',-1)"), errors::kProviderSyntax);
   // Bit columns compare with numbers; Null is neither 0 nor 1.
-  const char* styles[][2] = {{"bRdEnd=1", "11|12|"},
-                             {"bRdEnd<>1", "1|"},
-                             {"1=bRdFlag", "1|11|"},
-                             {"bRdEnd=2", ""},
-                             {"bRdEnd is NULL", "13|"}};
-  for (const auto& [where, codes] : styles)
-    EXPECT_EQ(rows("cRdCode from Rd_Style where " + std::string(where)), codes) << where;
+  EXPECT_EQ(rows("cRdCode from Rd_Style where bRdEnd=1"), "11|12|");
+  EXPECT_EQ(rows("cRdCode from Rd_Style where bRdEnd<>1"), "1|");
+  EXPECT_EQ(rows("cRdCode from Rd_Style where 1=bRdFlag"), "1|11|");
+  EXPECT_EQ(rows("cRdCode from Rd_Style where bRdEnd=2"), "");
+  EXPECT_EQ(rows("cRdCode from Rd_Style where bRdEnd is NULL"), "13|");
   EXPECT_EQ(rows("RdRecord.cBusType FROM RdRecord INNER JOIN (RdRecords INNER JOIN JustInVouchs "
                  "ON RdRecords.AutoID=JustInVouchs.CorID) ON RdRecord.ID=RdRecords.ID WHERE "
                  "JustInVouchs.AutoID=100"),
