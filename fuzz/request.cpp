@@ -19,12 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
     const json answer = session.Request(line);
     FUZZ_CHECK(answer.is_object() && answer.contains("ok") && answer["ok"].is_boolean(), line);
-    std::string written;
-    try {
-      written = answer.dump();
-    } catch (const json::exception& e) {
-      FUZZ_CHECK(false, line + ": the answer cannot be written: " + e.what());
-    }
+    const std::string written = answer.dump();  // an answer that cannot be written ends the run
     FUZZ_CHECK(json::parse(written) == answer, line);
     FUZZ_CHECK(written.find('\n') == std::string::npos, "one answer per line");
     if (answer["ok"].get<bool>()) {

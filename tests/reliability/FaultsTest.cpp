@@ -365,7 +365,7 @@ TEST_F(NeverWritten, NoPayloadInAnyTextArgumentOfAnyMemberWritesTheDatabase) {
       {u"CheckAssDep", {u"0201", no}},
       {u"CheckAccDep", {u"03", yes}},
       {u"InvCodeIsTorF", {u"010101", u"bTrack"}},
-      {u"FillCboCK", {Variant::Nothing(), u"01"}},
+      {u"FillCboCK", {std::shared_ptr<Dispatch>(std::make_shared<testing::FakeList>()), u"01"}},
       {u"GetMonthState", {u"IA", int16_t{3}}},
       {u"GetInvUseFreeNew", {u"010101", Variant(Array(0, VarType::Variant, 10))}},
       {u"GetInvUseFree", {u"010101", no, no}},
