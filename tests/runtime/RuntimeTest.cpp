@@ -198,7 +198,8 @@ TEST(FormatNumber, GroupsRoundsHalvesAwayFromZeroAndKeepsTheSign) {
   };
   // clang-format on
   for (const auto& [value, pattern, shown] : table)
-    EXPECT_EQ(Outcome([&] { return FormatNumber(value, pattern); }), shown) << ToUtf8(pattern);
+    EXPECT_EQ(Outcome([v = value, p = pattern] { return FormatNumber(v, p); }), shown)
+        << ToUtf8(pattern);
 }
 
 TEST(OleDate, CalendarPartsRoundTripIncludingTheZeroDateAndDaysBeforeIt) {
