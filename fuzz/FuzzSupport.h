@@ -7,31 +7,31 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstdint>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
+#include <optional>
 
+#include "kavrin/Convert.h"
 #include "kavrin/Error.h"
 #include "kavrin/KitDatabase.h"
 #include "kavrin/Schema.h"
-#include "kavrin/String.h"
-#include "kavrin/Variant.h"
 
 namespace kavrin::fuzz {
 
 // Stops the run with a message when an invariant does not hold; libFuzzer
-// then saves the input that broke it.
-#define FUZZ_CHECK(condition, message)                                         \
-  do {                                                                         \
-    if (!(condition)) {                                                        \
-      std::fprintf(stderr, "invariant broken: %s (%s) at %s:%d\n", #condition, \
-                   std::string(message).c_str(), __FILE__, __LINE__);          \
-      std::abort();                                                            \
-    }                                                                          \
-  } while (false)
+// then saves the input that broke it. The message is made only then.
+#define FUZZ_CHECK(condition, message) \
+  ((condition) ? void()                \
+               : ::kavrin::fuzz::Broken(#condition, std::string(message), __FILE__, __LINE__))
+
+[[noreturn]] inline void Broken(const char* condition, const std::string& message, const char* file,
+                                int line) {
+  std::fprintf(stderr, "invariant broken: %s (%s) at %s:%d\n", condition, message.c_str(), file,
+               line);
+  std::abort();
+}
 
 // Every number a failing call of the component or its platform may carry.
 inline bool IsKnownErrorNumber(int32_t number) {
@@ -51,9 +51,21 @@ inline bool IsKnownErrorNumber(int32_t number) {
 // A known error, with a description and a source; and one of `numbers` when
 // they are given.
 inline void CheckKnownError(const Error& e, std::initializer_list<int32_t> numbers = {}) {
-  FUZZ_CHECK(IsKnownErrorNumber(e.number()) && !e.description().empty() && !e.source().empty(),
+  FUZZ_CHECK(IsKnownErrorNumber(e.number()) && !e.description().empty() && !e.source().empty() &&
+                 (numbers.size() == 0 || std::ranges::count(numbers, e.number()) == 1),
              e.what());
-  if (numbers.size() > 0) FUZZ_CHECK(std::ranges::count(numbers, e.number()) == 1, e.what());
+}
+
+// The answer of `call`, or nothing when it failed with a known error (one of
+// `numbers` when they are given). Anything else escapes and ends the run.
+template <typename F>
+auto Try(F&& call, std::initializer_list<int32_t> numbers = {}) -> std::optional<decltype(call())> {
+  try {
+    return call();
+  } catch (const Error& e) {
+    CheckKnownError(e, numbers);
+    return std::nullopt;
+  }
 }
 
 // A text from the fuzzer's bytes: UTF-8 (invalid sequences read as U+FFFD),
@@ -103,8 +115,7 @@ class ByteReader {
 
  private:
   const uint8_t* data_;
-  size_t size_;
-  size_t pos_ = 0;
+  size_t size_, pos_ = 0;
 };
 
 // The demo company in a temporary directory, made once per process and
@@ -114,11 +125,7 @@ struct Fixture {
     static const Fixture fixture;
     return fixture;
   }
-  Fixture() : dir((std::filesystem::temp_directory_path() / "kavrin-fuzz-XXXXXX").string()) {
-    if (!mkdtemp(dir.data())) std::abort();
-    path = dir + "/suite.sqlite";
-    CreateSuiteDatabase(FromUtf8("sqlite:" + path), true);
-  }
+  Fixture() { CreateSuiteDatabase(FromUtf8("sqlite:" + path), true); }
   ~Fixture() {
     std::error_code ignored;
     std::filesystem::remove_all(dir, ignored);
@@ -138,7 +145,12 @@ struct Fixture {
     return std::distance(fs::directory_iterator(dir), fs::directory_iterator()) == 1;
   }
 
-  std::string dir, path;
+  std::string dir = [] {
+    std::string made = (std::filesystem::temp_directory_path() / "kavrin-fuzz-XXXXXX").string();
+    if (!mkdtemp(made.data())) std::abort();
+    return made;
+  }();
+  std::string path = dir + "/suite.sqlite";
 };
 
 }  // namespace kavrin::fuzz

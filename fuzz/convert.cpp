@@ -1,26 +1,17 @@
 // The platform's conversions on any text and any double: reading numbers
 // (ParseNumber, Val), the typed conversions, Not, and writing numbers back.
-#include <cmath>
-#include <optional>
-
 #include "FuzzSupport.h"
-#include "kavrin/Convert.h"
 #include "kavrin/OleDate.h"
 
 using namespace kavrin;
 
 namespace {
 
-// Runs a conversion that may fail only with the numbers a conversion of a
-// text or a number fails with: 6 (overflow) and 13 (type mismatch).
+// A conversion of a text or a number fails only with 6 (overflow) or 13
+// (type mismatch).
 template <typename F>
-auto Converted(F&& convert) -> std::optional<decltype(convert())> {
-  try {
-    return convert();
-  } catch (const Error& e) {
-    fuzz::CheckKnownError(e, {errors::kOverflow, errors::kTypeMismatch});
-    return std::nullopt;
-  }
+auto Converted(F&& convert) {
+  return fuzz::Try(convert, {errors::kOverflow, errors::kTypeMismatch});
 }
 
 // Every typed conversion of a value: each fails only with 6 or 13.

@@ -14,13 +14,9 @@ constexpr int32_t kCriteriaSyntax = 3077, kUnknownColumn = 3070, kCriteriaTypeMi
 
 // Whether a search with `criteria` ran (it fails only with the criteria errors).
 bool Searched(KitRecordset& rs, const String& criteria) {
-  try {
-    rs.FindFirst(criteria);
-    return true;
-  } catch (const Error& e) {
-    fuzz::CheckKnownError(e, {kCriteriaSyntax, kUnknownColumn, kCriteriaTypeMismatch});
-    return false;
-  }
+  return fuzz::Try([&] { return rs.FindFirst(criteria), true; },
+                   {kCriteriaSyntax, kUnknownColumn, kCriteriaTypeMismatch})
+      .has_value();
 }
 
 // A text literal of the criteria language: quotes inside are doubled.
@@ -47,28 +43,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const uint8_t row_choice = bytes.Byte(), column_choice = bytes.Byte();
   const String criteria = bytes.Text();
 
-  try {
-    const auto comparisons = detail::ParseCriteria(criteria);
-    FUZZ_CHECK(!comparisons.empty(), ToUtf8(criteria));
-    for (const auto& c : comparisons) {
-      FUZZ_CHECK(
-          !c.column.empty() && (c.literal.IsString() || c.literal.type() == VarType::Double ||
-                                c.literal.type() == VarType::Boolean),
-          ToUtf8(criteria));
-    }
-  } catch (const Error& e) {
-    fuzz::CheckKnownError(e, {kCriteriaSyntax});
-  }
+  // Criteria that read are comparisons of a named column with a text, a
+  // number or a truth value.
+  const auto comparisons =
+      fuzz::Try([&] { return detail::ParseCriteria(criteria); }, {kCriteriaSyntax});
+  const auto readable = [](const detail::Comparison& c) {
+    return !c.column.empty() && (c.literal.IsString() || c.literal.type() == VarType::Double ||
+                                 c.literal.type() == VarType::Boolean);
+  };
+  FUZZ_CHECK(!comparisons || (!comparisons->empty() && std::ranges::all_of(*comparisons, readable)),
+             ToUtf8(criteria));
 
+  // Criteria that found a row find the same row again.
+  const auto row = [&] {
+    std::vector<Variant> values;
+    for (int32_t i = 0; i < rs->Fields().Count(); ++i)
+      values.push_back(rs->Fields().Item(i).Value());
+    return values;
+  };
   if (Searched(*rs, criteria) && !rs->NoMatch()) {
-    // The same criteria find the same row again.
-    const auto fields = rs->Fields();
-    std::vector<Variant> row;
-    for (int32_t i = 0; i < fields.Count(); ++i)
-      row.push_back(fields.Item(i).Value());
-    FUZZ_CHECK(Searched(*rs, criteria) && !rs->NoMatch(), ToUtf8(criteria));
-    for (int32_t i = 0; i < fields.Count(); ++i)
-      FUZZ_CHECK(fields.Item(i).Value() == row[static_cast<size_t>(i)], ToUtf8(criteria));
+    const auto found = row();
+    FUZZ_CHECK(Searched(*rs, criteria) && !rs->NoMatch() && row() == found, ToUtf8(criteria));
   }
 
   // A text from a row, or the fuzzer's own text, quoted as the language

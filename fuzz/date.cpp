@@ -1,10 +1,7 @@
 // Reading dates as they are typed and stored, and the calendar arithmetic
 // behind them: a date read from any text splits into parts that make the
 // same date again, and its ISO text reads back as the same date.
-#include <cmath>
-
 #include "FuzzSupport.h"
-#include "kavrin/Convert.h"
 #include "kavrin/OleDate.h"
 
 using namespace kavrin;

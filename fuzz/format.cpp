@@ -1,13 +1,8 @@
 // Showing values by pattern (FormatNumber, behind FormatNum and FormatNum1):
 // any value with any pattern either shows, or fails with 5, 6 or 13; what is
 // shown reads back as the value rounded to the pattern's decimals.
-#include <algorithm>
-#include <cmath>
-#include <optional>
-
-#include "FuzzSupport.h"
-#include "kavrin/Convert.h"
 #include "kavrin/Format.h"
+#include "FuzzSupport.h"
 
 using namespace kavrin;
 
@@ -17,14 +12,10 @@ bool IsDigit(char16_t c) {
   return c >= u'0' && c <= u'9';
 }
 
+// The value shown by the pattern, or nothing when it fails with 5, 6 or 13.
 std::optional<String> Shown(const Variant& value, const String& pattern) {
-  try {
-    return FormatNumber(value, pattern);
-  } catch (const Error& e) {
-    fuzz::CheckKnownError(
-        e, {errors::kInvalidProcedureCall, errors::kOverflow, errors::kTypeMismatch});
-    return std::nullopt;
-  }
+  return fuzz::Try([&] { return FormatNumber(value, pattern); },
+                   {errors::kInvalidProcedureCall, errors::kOverflow, errors::kTypeMismatch});
 }
 
 void CheckShownNumber(double number, const String& pattern, const String& shown) {

@@ -5,8 +5,6 @@
 // with a kavrin::Error of a known number; the members that trap their
 // failures fail only while their arguments are read; no argument a member
 // does not write changes; and the database is never written.
-#include <cmath>
-
 #include "FuzzSupport.h"
 #include "kavrin/Dao.h"
 #include "kavrin/clsPub.h"

@@ -5,7 +5,6 @@
 // caller's text alone. A bName that cannot be complemented fails with 13 or
 // 6 before the text is touched.
 #include "FuzzSupport.h"
-#include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
 
 using namespace kavrin;

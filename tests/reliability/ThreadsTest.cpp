@@ -20,7 +20,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kThreads = 8, kCallsPerThread = 10000;
+// Each thread makes every call once per round.
+constexpr int kThreads = 8, kRounds = 200;
 // Past this the workers stop and the test fails: a slow machine must not
 // turn into a hung run.
 constexpr auto kTimeLimit = 240s;
@@ -85,11 +86,10 @@ TEST(Threads, SeparateObjectsAnswerAsOneObjectAnswersInTurn) {
   const Variant no(false), yes(true);
   const std::vector<Call> calls = {
       Call(u"CheckDirGrade", {u"0101", no, int16_t{7}}),
-      Call(u"CheckDirGrade", {u"板材", yes, int16_t{7}, yes}),
-      Call(u"CheckDirGrade", {u"9", no, int16_t{12}}), Call(u"CheckInv", {u"010101", yes}),
+      Call(u"CheckDirGrade", {u"9", no, int16_t{12}}),
+      Call(u"CheckDirGrade", {u"板材", yes, int16_t{7}, yes}), Call(u"CheckInv", {u"010101", yes}),
       Call(u"CheckInv", {u"刨花板 18mm"}), Call(u"CheckDirNoGrade", {u"V001", int16_t{1}, yes}),
-      Call(u"CheckDirNoGrade", {u"nobody", int16_t{5}}), Call(u"TextSelected", {}),
-      Call(u"GetAccInfo", {u"AA", u"cGoodClass"}), Call(u"GetAccInfo", {u"IA", u"cValueStyle"}),
+      Call(u"TextSelected", {}), Call(u"GetAccInfo", {u"AA", u"cGoodClass"}),
       Call(u"GetAccInfo", {u"AA", u"x'y"}), Call(u"init", {u"whatever.db"}),
       Call(u"WhCodeToValueStyle", {u"02"}),
       Call(u"FromTo", {u"cInvCode", u"010102", u"iInvRCost", u"Inventory"}),
@@ -100,12 +100,11 @@ TEST(Threads, SeparateObjectsAnswerAsOneObjectAnswersInTurn) {
       Call(u"WhCodeToDep", {u"03"}), Call(u"InvCodeToUnitPrice", {u"010202"}),
       Call(u"InvCodeToClass", {u"010201"}), Call(u"InvIsBatch", {u"010201"}),
       Call(u"DepCodeToValueStyle", {u"03"}), Call(u"CurPeriod", {}),
-      Call(u"FormatNum1", {2.345, int16_t{2}}), Call(u"FormatNum1", {5.0, int16_t{-1}}),
-      Call(u"JustID2Code", {int32_t{9001}}), Call(u"ExistTableQueryDAO", {u"Inventory"}),
+      Call(u"FormatNum1", {2.345, int16_t{2}}), Call(u"JustID2Code", {int32_t{9001}}),
+      Call(u"ExistTableQueryDAO", {u"Inventory"}),
       Call(u"ExistTableQueryDAO", {u"NoSuchQuery", yes}), Call(u"CheckWareDep", {}),
       Call(u"StartAccMonth", {u""}), Call(u"StartAccMonth", {u"GL"}),
       Call(u"JustIDs2CorBusType", {int32_t{9001}, yes}), Call(u"CheckAssDep", {u"0201"}),
-      Call(u"InvCodeIsTorF", {u"010101", u"bSale"}),
       // shows a message box
       Call(u"InvCodeIsTorF", {u"missing", u"bSale"}), Call(u"CheckAccDep", {u"生产部", yes}),
       Call(u"SubMaxKeepDate", {}), Call(u"DepCode2WhCode", {u"0201"}),
@@ -122,26 +121,16 @@ TEST(Threads, SeparateObjectsAnswerAsOneObjectAnswersInTurn) {
 
   // The serial run: one object, every call once, in order.
   std::vector<String> expected;
-  std::vector<int64_t> messages;
   {
     clsPub pub;
     pub.DBIA(suite.Open());
     const auto desk = dao::Database::Open(FromUtf8(suite.path()));
-    for (const auto& call : calls) {
-      const int64_t before = CountingHost::shown;
+    for (const auto& call : calls)
       expected.push_back(Answer(pub, call, desk));
-      messages.push_back(CountingHost::shown - before);
-    }
   }
-  CountingHost::shown = 0;
+  const int64_t messages_per_round = CountingHost::shown.exchange(0);
 
   // Every thread goes through the calls from its own starting point.
-  auto index = [&](int t, int k) { return static_cast<size_t>(t * 7 + k) % calls.size(); };
-  int64_t messages_expected = 0;
-  for (int t = 0; t < kThreads; ++t) {
-    for (int k = 0; k < kCallsPerThread; ++k)
-      messages_expected += messages[index(t, k)];
-  }
   std::atomic<bool> late{false}, finished{false};
   std::vector<String> mismatches(kThreads);  // the first of each thread
   const auto started = std::chrono::steady_clock::now();
@@ -151,12 +140,14 @@ TEST(Threads, SeparateObjectsAnswerAsOneObjectAnswersInTurn) {
       clsPub pub;
       pub.DBIA(suite.Open());
       const auto desk = dao::Database::Open(FromUtf8(suite.path()));
-      for (int k = 0; k < kCallsPerThread && !late; ++k) {
-        const size_t i = index(t, k);
-        const String answer = Answer(pub, calls[i], desk);
-        if (answer != expected[i] && mismatches[t].empty())
-          mismatches[t] = answer + u"\n  expected " + expected[i];
-        if (k % 64 == 0 && std::chrono::steady_clock::now() > started + kTimeLimit) late = true;
+      for (int round = 0; round < kRounds && !late; ++round) {
+        for (size_t k = 0; k < calls.size(); ++k) {
+          const size_t i = (t * 7 + k) % calls.size();
+          const String answer = Answer(pub, calls[i], desk);
+          if (answer != expected[i] && mismatches[t].empty())
+            mismatches[t] = answer + u"\n  expected " + expected[i];
+        }
+        if (std::chrono::steady_clock::now() > started + kTimeLimit) late = true;
       }
     });
   }
@@ -177,9 +168,10 @@ TEST(Threads, SeparateObjectsAnswerAsOneObjectAnswersInTurn) {
   EXPECT_FALSE(late) << "ran out of time";
   for (const String& mismatch : mismatches)
     EXPECT_TRUE(mismatch.empty()) << ToUtf8(mismatch);
-  EXPECT_EQ(CountingHost::shown.load(), messages_expected);
-  std::cout << "[ figures  ] " << kThreads << " threads x " << kCallsPerThread << " calls ("
-            << calls.size() << " distinct calls, " << messages_expected << " message boxes) in "
+  const int64_t messages = messages_per_round * kThreads * kRounds;
+  EXPECT_EQ(CountingHost::shown.load(), messages);
+  std::cout << "[ figures  ] " << kThreads << " threads x " << kRounds << " rounds of "
+            << calls.size() << " calls (" << messages << " message boxes) in "
             << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << " ms\n";
 }
 
