@@ -21,6 +21,17 @@ namespace kavrin::testing {
 // True when the suite runs against the PostgreSQL server.
 bool OnPostgres();
 
+// A unique temporary directory, removed with its contents by the destructor.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
 class SuiteDb {
  public:
   // The suite's tables, empty, or holding the demo company.
@@ -50,7 +61,7 @@ class SuiteDb {
   enum class Contents { kNothing, kTables, kDemo };
   explicit SuiteDb(Contents contents);
 
-  std::string dir_;
+  std::unique_ptr<TempDir> dir_;
   std::string path_;
   std::string server_database_;
   String connection_string_;
@@ -69,17 +80,6 @@ class QueryTrace {
 
  private:
   std::shared_ptr<std::vector<String>> texts_ = std::make_shared<std::vector<String>>();
-};
-
-// A unique temporary directory, removed with its contents by the destructor.
-class TempDir {
- public:
-  TempDir();
-  ~TempDir();
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
 };
 
 }  // namespace kavrin::testing
