@@ -21,7 +21,6 @@ namespace kavrin {
 namespace {
 
 using testing::OnPostgres;
-using testing::QueryTrace;
 using testing::SuiteDb;
 
 TEST(KitRecordset, AnswersAsTheKitsDynasetDoes) {
@@ -31,7 +30,7 @@ TEST(KitRecordset, AnswersAsTheKitsDynasetDoes) {
       " ('1', 'In', 0), ('11', 'Purchase', 1), ('12', 'purchase', 0), ('13', 'Purchase', 1);"
       "INSERT INTO Warehouse (cWhCode) VALUES ('1')");
   auto db = suite.Open();
-  QueryTrace trace(*db);
+  auto trace = testing::TraceQueries(*db);
   auto state = [](const KitRecordset& rs) {
     return std::to_string(rs.RecordCount()) + (rs.Bof() ? " BOF" : "") + (rs.Eof() ? " EOF" : "");
   };
@@ -82,11 +81,10 @@ TEST(KitRecordset, AnswersAsTheKitsDynasetDoes) {
   EXPECT_KAVRIN_ERROR(db->OpenQuery(u"NoSuchTable", 2), errors::kProviderNoTable);
   EXPECT_KAVRIN_ERROR(db->OpenQuery(u"select * from code where ccode='a'b'", 2),
                       errors::kProviderSyntax);
-  EXPECT_EQ(trace.texts(),
-            (std::vector<String>{u"select * from rd_style where crdcode='9'", u"Warehouse",
-                                 u"SELECT * FROM Rd_Style", u"Rd_Style",
-                                 u"select cInvName as name from Inventory", u"NoSuchTable",
-                                 u"select * from code where ccode='a'b'"}));
+  EXPECT_EQ(*trace, (std::vector<String>{u"select * from rd_style where crdcode='9'", u"Warehouse",
+                                         u"SELECT * FROM Rd_Style", u"Rd_Style",
+                                         u"select cInvName as name from Inventory", u"NoSuchTable",
+                                         u"select * from code where ccode='a'b'"}));
 
   // Objects never opened: a record set behaves as empty, a kit connection
   // fails every use with 3709; an unknown kind of connection string fails.
@@ -313,14 +311,14 @@ TEST(SchemaIndexes, AnswerTheArchiveLookupsAndKeepTheOrderOfTheRows) {
       "INSERT INTO Warehouse (cWhCode, cDepCode, cWhValueStyle) VALUES"
       " ('1', 'D3', 'FIFO'), ('2', 'D1', 'FIFO'), ('3', 'D3', 'FIFO'), ('4', 'D2', 'LIFO')");
   auto db = suite.Open();
-  QueryTrace trace(*db);
+  auto trace = testing::TraceQueries(*db);
   clsPub pub;
   pub.DBIA(db);
   EXPECT_TRUE(pub.CheckWareDep());
   const String style = u"SELECT DISTINCT cWhValueStyle FROM Warehouse WHERE cDepCode='";
-  EXPECT_EQ(trace.texts(), (std::vector<String>{u"SELECT * FROM WareHouse WHERE cDepCode is null",
-                                                u"SELECT DISTINCT cDepCode FROM Warehouse",
-                                                style + u"D3'", style + u"D1'", style + u"D2'"}));
+  EXPECT_EQ(*trace, (std::vector<String>{u"SELECT * FROM WareHouse WHERE cDepCode is null",
+                                         u"SELECT DISTINCT cDepCode FROM Warehouse", style + u"D3'",
+                                         style + u"D1'", style + u"D2'"}));
 }
 
 }  // namespace

@@ -113,8 +113,10 @@ void SuiteDb::DropSessions() const {
              server_database_ + "' AND pid <> pg_backend_pid()");
 }
 
-QueryTrace::QueryTrace(KitDatabase& db) {
-  db.Connection()->SetTrace([texts = texts_](StringView text) { texts->emplace_back(text); });
+std::shared_ptr<std::vector<String>> TraceQueries(KitDatabase& db) {
+  auto texts = std::make_shared<std::vector<String>>();
+  db.Connection()->SetTrace([texts](StringView text) { texts->emplace_back(text); });
+  return texts;
 }
 
 }  // namespace kavrin::testing

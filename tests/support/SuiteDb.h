@@ -71,15 +71,7 @@ class SuiteDb {
 // one of its databases.
 String ServerConnectionString(const std::string& database);
 
-// Records every text sent through a kit connection.
-class QueryTrace {
- public:
-  explicit QueryTrace(KitDatabase& db);
-  const std::vector<String>& texts() const { return *texts_; }
-  void clear() { texts_->clear(); }
-
- private:
-  std::shared_ptr<std::vector<String>> texts_ = std::make_shared<std::vector<String>>();
-};
+// Records every text sent through a kit connection from now on.
+std::shared_ptr<std::vector<String>> TraceQueries(KitDatabase& db);
 
 }  // namespace kavrin::testing
