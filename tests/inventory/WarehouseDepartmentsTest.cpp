@@ -60,7 +60,7 @@ TEST_F(WarehouseDepartments, FillCboCKListsWarehousesInACodeColumnFifteenWide) {
   ClearSent();
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant(u"cbo")), errors::kTypeMismatch);
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant::Nothing()), errors::kObjectNotSet);
-  auto no_clear = std::make_shared<FakeList>(std::vector<String>{}, false, true);
+  auto no_clear = std::make_shared<FakeList>(std::vector<String>{}, false);
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant(std::shared_ptr<Dispatch>(no_clear))),
                       errors::kMemberNotFound);
   EXPECT_TRUE(Sent().empty()) << "the list is cleared before the database is asked";

@@ -20,12 +20,12 @@ class ComponentTest : public ::testing::Test {
   // 'yyyy-mm-dd hh:mm:ss' texts).
   void Exec(const std::string& sql) { suite_.Exec(sql); }
   // The texts sent since the last Clear.
-  const std::vector<String>& Sent() const { return trace_.texts(); }
-  void ClearSent() { trace_.clear(); }
+  const std::vector<String>& Sent() const { return *trace_; }
+  void ClearSent() { trace_->clear(); }
 
   SuiteDb suite_;
   std::shared_ptr<KitDatabase> db_ = suite_.Open();
-  QueryTrace trace_{*db_};
+  std::shared_ptr<std::vector<String>> trace_ = TraceQueries(*db_);
   clsPub pub_;
 };
 

@@ -48,32 +48,28 @@ class FakeControl final : public Dispatch {
 };
 
 // A form's combo box: "Clear" and "AddItem" called by name. It can be built
-// without either member.
+// without "Clear".
 class FakeList final : public Dispatch {
  public:
-  explicit FakeList(std::vector<String> items = {}, bool has_clear = true, bool has_add = true)
-      : items(std::move(items)), has_clear_(has_clear), has_add_(has_add) {}
+  explicit FakeList(std::vector<String> items = {}, bool has_clear = true)
+      : items(std::move(items)), has_clear_(has_clear) {}
 
   String TypeName() const override { return u"ComboBox"; }
   Variant Invoke(StringView name, InvokeKind, std::span<Variant> args) override {
     if (has_clear_ && EqualsNoCase(name, u"Clear") && args.empty()) {
       items.clear();
-      ++clears;
-      return {};
-    }
-    if (has_add_ && EqualsNoCase(name, u"AddItem") && args.size() == 1) {
+    } else if (EqualsNoCase(name, u"AddItem") && args.size() == 1) {
       items.push_back(args[0].AsString());
-      return {};
+    } else {
+      ThrowMemberNotFound(TypeName(), name);
     }
-    ThrowMemberNotFound(TypeName(), name);
+    return {};
   }
 
   std::vector<String> items;
-  int clears = 0;
 
  private:
   bool has_clear_;
-  bool has_add_;
 };
 
 // A form with one focused control, or none (91), whose message boxes are
@@ -106,10 +102,6 @@ class ScopedUiHost {
   ScopedUiHost() : previous_(SetUiHost(host_)) {}
   ~ScopedUiHost() { SetUiHost(previous_); }
   ScopedUiHost(const ScopedUiHost&) = delete;
-  ScopedUiHost& operator=(const ScopedUiHost&) = delete;
-
-  const std::shared_ptr<FakeUiHost>& host() const { return host_; }
-  FakeUiHost& operator*() const { return *host_; }
   FakeUiHost* operator->() const { return host_.get(); }
 
  private:

@@ -21,43 +21,19 @@ const char* ServerStateFile() {
   return (state && *state) ? state : nullptr;
 }
 
-}  // namespace
-
-bool OnPostgres() {
-  return ServerStateFile() != nullptr;
-}
-
-namespace {
-
-std::map<std::string, std::string> ReadServerState() {
+// host, port and user of the harness's server, read before any ODBC call so
+// that the driver manager is pointed at the harness's driver registration, for
+// this process and the kavrin tools it starts.
+const std::map<std::string, std::string> kServerState = [] {
   std::map<std::string, std::string> values;
   if (!ServerStateFile()) return values;
   std::ifstream in(ServerStateFile());
-  std::string line;
-  while (std::getline(in, line)) {
+  for (std::string line; std::getline(in, line);) {
     const auto equals = line.find('=');
     if (equals != std::string::npos) values[line.substr(0, equals)] = line.substr(equals + 1);
   }
+  if (values.contains("odbcsysini")) setenv("ODBCSYSINI", values["odbcsysini"].c_str(), 1);
   return values;
-}
-
-// host, port and user of the harness's server.
-const std::map<std::string, std::string>& ServerState() {
-  static const std::map<std::string, std::string> state = ReadServerState();
-  if (state.empty()) {
-    throw std::runtime_error(std::string("no PostgreSQL server state in ") + ServerStateFile() +
-                             " (did tests/postgres/server.sh start fail?)");
-  }
-  return state;
-}
-
-// Before any ODBC call, the driver manager is pointed at the harness's driver
-// registration, for this process and the kavrin tools it starts.
-[[maybe_unused]] const bool kDriverRegistrationChosen = [] {
-  const auto values = ReadServerState();
-  const auto ini = values.find("odbcsysini");
-  if (ini != values.end()) setenv("ODBCSYSINI", ini->second.c_str(), 1);
-  return true;
 }();
 
 // Runs statements on the server's administrative database.
@@ -73,8 +49,14 @@ std::string NewDirectory() {
 
 }  // namespace
 
+bool OnPostgres() {
+  return ServerStateFile() != nullptr;
+}
+
 String ServerConnectionString(const std::string& database) {
-  const auto& state = ServerState();
+  if (kServerState.empty())
+    throw std::runtime_error("no PostgreSQL server state (did tests/postgres/server.sh fail?)");
+  const auto& state = kServerState;
   return FromUtf8("odbc:Driver={PostgreSQL Unicode};Server=" + state.at("host") + ";Port=" +
                   state.at("port") + ";UID=" + state.at("user") + ";Database=" + database);
 }
@@ -104,8 +86,8 @@ SuiteDb::SuiteDb(Contents contents) {
     connection_string_ = ServerConnectionString(server_database_);
     return;
   }
-  dir_ = NewDirectory();
-  path_ = dir_ + "/suite.db";
+  dir_ = std::make_unique<TempDir>();
+  path_ = dir_->path() + "/suite.db";
   connection_string_ = FromUtf8("sqlite:" + path_);
   if (contents != Contents::kNothing) {
     CreateSuiteDatabase(connection_string_, contents == Contents::kDemo);
@@ -113,16 +95,12 @@ SuiteDb::SuiteDb(Contents contents) {
 }
 
 SuiteDb::~SuiteDb() {
-  if (!server_database_.empty()) {
-    try {
-      Administer("DROP DATABASE IF EXISTS " + server_database_ + " WITH (FORCE)");
-    } catch (...) {
-      // The harness removes the whole server at the end.
-    }
-    return;
+  if (server_database_.empty()) return;
+  try {
+    Administer("DROP DATABASE IF EXISTS " + server_database_ + " WITH (FORCE)");
+  } catch (...) {
+    // The harness removes the whole server at the end.
   }
-  std::error_code ignored;
-  std::filesystem::remove_all(dir_, ignored);
 }
 
 void SuiteDb::Exec(const std::string& sql) const {
@@ -135,8 +113,10 @@ void SuiteDb::DropSessions() const {
              server_database_ + "' AND pid <> pg_backend_pid()");
 }
 
-QueryTrace::QueryTrace(KitDatabase& db) {
-  db.Connection()->SetTrace([texts = texts_](StringView text) { texts->emplace_back(text); });
+std::shared_ptr<std::vector<String>> TraceQueries(KitDatabase& db) {
+  auto texts = std::make_shared<std::vector<String>>();
+  db.Connection()->SetTrace([texts](StringView text) { texts->emplace_back(text); });
+  return texts;
 }
 
 }  // namespace kavrin::testing

@@ -21,6 +21,17 @@ namespace kavrin::testing {
 // True when the suite runs against the PostgreSQL server.
 bool OnPostgres();
 
+// A unique temporary directory, removed with its contents by the destructor.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
 class SuiteDb {
  public:
   // The suite's tables, empty, or holding the demo company.
@@ -50,7 +61,7 @@ class SuiteDb {
   enum class Contents { kNothing, kTables, kDemo };
   explicit SuiteDb(Contents contents);
 
-  std::string dir_;
+  std::unique_ptr<TempDir> dir_;
   std::string path_;
   std::string server_database_;
   String connection_string_;
@@ -60,26 +71,7 @@ class SuiteDb {
 // one of its databases.
 String ServerConnectionString(const std::string& database);
 
-// Records every text sent through a kit connection.
-class QueryTrace {
- public:
-  explicit QueryTrace(KitDatabase& db);
-  const std::vector<String>& texts() const { return *texts_; }
-  void clear() { texts_->clear(); }
-
- private:
-  std::shared_ptr<std::vector<String>> texts_ = std::make_shared<std::vector<String>>();
-};
-
-// A unique temporary directory, removed with its contents by the destructor.
-class TempDir {
- public:
-  TempDir();
-  ~TempDir();
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
+// Records every text sent through a kit connection from now on.
+std::shared_ptr<std::vector<String>> TraceQueries(KitDatabase& db);
 
 }  // namespace kavrin::testing
