@@ -77,7 +77,9 @@ TEST(Dialect, AnswersAsTheServerDoesAndRunsNothingButReads) {
       {rd + "1=bRdFlag", "1|11|"},
       {rd + "bRdEnd=2", ""},
       {rd + "bRdEnd is NULL", "13|"},
-      {"count(*) from Warehouse union all select count(*) from GL_mEnd", "2|3|"}};
+      {"count(*) from Warehouse union all select count(*) from GL_mEnd", "2|3|"},
+      // A trailing semicolon or comment does not make a second statement.
+      {"1; -- a trailing comment\n ;", "1|"}};
   for (const auto& [sql, expected] : cases)
     EXPECT_EQ(Rows(c->Query(FromUtf8("select " + sql))), expected) << sql;
   EXPECT_KAVRIN_ERROR(Rows(c->Query(FromUtf8("select right(cMonth,-1)" + a1))),
