@@ -148,6 +148,39 @@ struct PlainDriver final : db::Connection {
   bool repeats;
 };
 
+// A script reaches the database, its record sets and their ADO twins by name.
+TEST(KitRecordset, ScriptsReachTheRecordSetsByName) {
+  SuiteDb suite;
+  suite.Exec(
+      "INSERT INTO Warehouse (cWhCode, cWhName) VALUES ('1', 'Main'), ('2', 'Side'), ('3', "
+      "'Yard')");
+  auto db = suite.Open();
+  std::vector<Variant> open{u"select cWhCode, cWhName from Warehouse order by cWhCode", 2};
+  const auto kit = db->Call(u"openquery", open).AsObject();
+  const auto ado = kit->Get(u"AdoRecordset").AsObject();
+  for (const auto& rs : {kit, ado}) {
+    SCOPED_TRACE(ToUtf8(rs->TypeName()));
+    rs->Call(u"MoveFirst");
+    EXPECT_EQ(rs->Get(u"bof"), Variant(false));
+    EXPECT_EQ(rs->Get(u"RecordCount"), Variant(int32_t{3}));
+    std::vector<Variant> name{u"cwhname"};
+    EXPECT_EQ(rs->Call(u"Fields", name).AsObject()->Get(u"Value"), Variant(u"Main"));
+    EXPECT_EQ(rs->Get(u"Fields").AsObject()->Get(u"Count"), Variant(int32_t{2}));
+    rs->Call(u"MoveLast");
+    EXPECT_EQ(rs->Call(u"Fields", name).AsObject()->Get(u""), Variant(u"Yard"));
+    rs->Call(u"MoveNext");
+    EXPECT_EQ(rs->Get(u"EOF"), Variant(true));
+    EXPECT_KAVRIN_ERROR(rs->Get(u"NoSuchMember"), errors::kMemberNotFound);
+    EXPECT_KAVRIN_ERROR(rs->Call(u"MoveNext", name), errors::kWrongArgumentCount);
+  }
+  std::vector<Variant> code{u"cWhCode='2'"};
+  kit->Call(u"FindFirst", code);
+  EXPECT_EQ(kit->Get(u"NoMatch"), Variant(false));
+  EXPECT_KAVRIN_ERROR(ado->Get(u"NoMatch"), errors::kMemberNotFound);  // a kit member only
+  kit->Call(u"close");
+  EXPECT_KAVRIN_ERROR(ado->Get(u"RecordCount"), errors::kObjectClosed);
+}
+
 // Runs `sql` on a connection of its own that will not wait for a lock: it
 // fails at once if any reader still holds the database. The detail column of
 // each row (for EXPLAIN QUERY PLAN), or the error.
