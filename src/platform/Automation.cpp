@@ -1,5 +1,7 @@
 // Late binding of the kit and ADO objects: the members a script or another
 // component may call by name.
+#include <optional>
+
 #include "kavrin/Ado.h"
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
@@ -63,6 +65,21 @@ Variant FieldsMember(const ado::Fields& fields, std::span<Variant> args) {
   return Variant(object->ItemObject(args[0]));
 }
 
+// The members a kit record set and an ADO record set answer alike: position,
+// count, fields, moves and Close. Nothing for any other name.
+template <typename RecordSet>
+std::optional<Variant> RecordSetMember(RecordSet& rs, StringView name, std::span<Variant> args) {
+  if (Is(name, u"BOF")) return rs.Bof();
+  if (Is(name, u"EOF")) return rs.Eof();
+  if (Is(name, u"Fields")) return FieldsMember(rs.Fields(), args);
+  if (Is(name, u"RecordCount")) return rs.RecordCount();
+  if (Is(name, u"MoveNext")) return rs.MoveNext(), Variant();
+  if (Is(name, u"MoveFirst")) return rs.MoveFirst(), Variant();
+  if (Is(name, u"MoveLast")) return rs.MoveLast(), Variant();
+  if (Is(name, u"Close")) return rs.Close(), Variant();
+  return std::nullopt;
+}
+
 }  // namespace
 
 Variant ado::Connection::Invoke(StringView name, InvokeKind, std::span<Variant>) {
@@ -92,14 +109,7 @@ Variant ado::Recordset::Invoke(StringView name, InvokeKind kind, std::span<Varia
     return {};
   }
   CheckArgumentCount(args, 0, Is(name, u"Fields") ? 1 : 0);
-  if (Is(name, u"BOF")) return Bof();
-  if (Is(name, u"EOF")) return Eof();
-  if (Is(name, u"Fields")) return FieldsMember(Fields(), args);
-  if (Is(name, u"RecordCount")) return RecordCount();
-  if (Is(name, u"MoveNext")) return MoveNext(), Variant();
-  if (Is(name, u"MoveFirst")) return MoveFirst(), Variant();
-  if (Is(name, u"MoveLast")) return MoveLast(), Variant();
-  if (Is(name, u"Close")) return Close(), Variant();
+  if (auto answer = RecordSetMember(*this, name, args)) return *std::move(answer);
   ThrowMemberNotFound(TypeName(), name);
 }
 
@@ -111,15 +121,8 @@ Variant KitRecordset::Invoke(StringView name, InvokeKind, std::span<Variant> arg
   }
   CheckArgumentCount(args, 0, Is(name, u"Fields") ? 1 : 0);
   if (Is(name, u"AdoRecordset")) return Variant(std::shared_ptr<Dispatch>(AdoRecordset()));
-  if (Is(name, u"BOF")) return Bof();
   if (Is(name, u"NoMatch")) return NoMatch();
-  if (Is(name, u"EOF")) return Eof();
-  if (Is(name, u"Fields")) return FieldsMember(Fields(), args);
-  if (Is(name, u"RecordCount")) return RecordCount();
-  if (Is(name, u"Close")) return Close(), Variant();
-  if (Is(name, u"MoveFirst")) return MoveFirst(), Variant();
-  if (Is(name, u"MoveLast")) return MoveLast(), Variant();
-  if (Is(name, u"MoveNext")) return MoveNext(), Variant();
+  if (auto answer = RecordSetMember(*this, name, args)) return *std::move(answer);
   ThrowMemberNotFound(TypeName(), name);
 }
 

@@ -223,6 +223,15 @@ bool ReadFixed(const Handle& stmt, SQLUSMALLINT column, SQLSMALLINT c_type, T& v
   return indicator != SQL_NULL_DATA;
 }
 
+// A number read as the driver's `c_type` into `Sql` and kept as `Kept`; Null
+// stays Null.
+template <typename Kept, typename Sql>
+Variant ReadNumber(const Handle& stmt, SQLUSMALLINT column, SQLSMALLINT c_type) {
+  Sql value = 0;
+  if (!ReadFixed(stmt, column, c_type, value)) return Variant::Null();
+  return static_cast<Kept>(value);
+}
+
 Variant ReadValue(const Handle& stmt, SQLUSMALLINT column, VarType type) {
   switch (type) {
     case VarType::Boolean: {
@@ -230,26 +239,14 @@ Variant ReadValue(const Handle& stmt, SQLUSMALLINT column, VarType type) {
       if (!ReadFixed(stmt, column, SQL_C_BIT, value)) return Variant::Null();
       return value != 0;
     }
-    case VarType::Byte: {
-      SQLCHAR value = 0;
-      if (!ReadFixed(stmt, column, SQL_C_UTINYINT, value)) return Variant::Null();
-      return static_cast<uint8_t>(value);
-    }
-    case VarType::Integer: {
-      SQLSMALLINT value = 0;
-      if (!ReadFixed(stmt, column, SQL_C_SSHORT, value)) return Variant::Null();
-      return static_cast<int16_t>(value);
-    }
-    case VarType::Long: {
-      SQLINTEGER value = 0;
-      if (!ReadFixed(stmt, column, SQL_C_SLONG, value)) return Variant::Null();
-      return static_cast<int32_t>(value);
-    }
-    case VarType::Double: {
-      SQLDOUBLE value = 0;
-      if (!ReadFixed(stmt, column, SQL_C_DOUBLE, value)) return Variant::Null();
-      return static_cast<double>(value);
-    }
+    case VarType::Byte:
+      return ReadNumber<uint8_t, SQLCHAR>(stmt, column, SQL_C_UTINYINT);
+    case VarType::Integer:
+      return ReadNumber<int16_t, SQLSMALLINT>(stmt, column, SQL_C_SSHORT);
+    case VarType::Long:
+      return ReadNumber<int32_t, SQLINTEGER>(stmt, column, SQL_C_SLONG);
+    case VarType::Double:
+      return ReadNumber<double, SQLDOUBLE>(stmt, column, SQL_C_DOUBLE);
     case VarType::Date: {
       SQL_TIMESTAMP_STRUCT value{};
       if (!ReadFixed(stmt, column, SQL_C_TYPE_TIMESTAMP, value)) return Variant::Null();

@@ -177,43 +177,63 @@ bool Step(sqlite3* db, sqlite3_stmt* stmt, Watchdog& watchdog) {
   Fail(db, rc);
 }
 
-class SqliteCursor final : public Cursor {
+// A prepared statement read row by row, with the time limit of its
+// connection. Once it has answered its last row it answers no more until
+// rewound.
+class SteppedStatement {
  public:
-  SqliteCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
-               Describer& describer, bool utf8)
-      : db_(db), watchdog_(std::move(watchdog)), stmt_(std::move(stmt)), utf8_(utf8) {
-    const int count = sqlite3_column_count(stmt_.get());
-    columns_.reserve(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-      columns_.push_back(describer.Describe(stmt_.get(), i));
-  }
+  SteppedStatement(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt)
+      : db_(db), watchdog_(std::move(watchdog)), stmt_(std::move(stmt)) {}
 
-  const std::vector<ColumnInfo>& Columns() const override { return columns_; }
+  sqlite3_stmt* get() const { return stmt_.get(); }
 
-  bool Next() override {
+  bool Next() {
     if (done_) return false;
     if (Step(db_, stmt_.get(), *watchdog_)) return true;
     done_ = true;
     return false;
   }
 
-  Variant Value(size_t index) const override {
-    return ReadValue(stmt_.get(), static_cast<int>(index), columns_[index].type, utf8_);
-  }
-
-  bool Rewind() override {
+  void Rewind() {
     sqlite3_reset(stmt_.get());
     done_ = false;
-    return true;
   }
 
  private:
   sqlite3* db_;
   std::shared_ptr<Watchdog> watchdog_;  // declared first: it outlives the statement
   Statement stmt_;
+  bool done_ = false;
+};
+
+class SqliteCursor final : public Cursor {
+ public:
+  SqliteCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
+               Describer& describer, bool utf8)
+      : rows_(db, std::move(watchdog), std::move(stmt)), utf8_(utf8) {
+    const int count = sqlite3_column_count(rows_.get());
+    columns_.reserve(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+      columns_.push_back(describer.Describe(rows_.get(), i));
+  }
+
+  const std::vector<ColumnInfo>& Columns() const override { return columns_; }
+
+  bool Next() override { return rows_.Next(); }
+
+  Variant Value(size_t index) const override {
+    return ReadValue(rows_.get(), static_cast<int>(index), columns_[index].type, utf8_);
+  }
+
+  bool Rewind() override {
+    rows_.Rewind();
+    return true;
+  }
+
+ private:
+  SteppedStatement rows_;
   bool utf8_;
   std::vector<ColumnInfo> columns_;
-  bool done_ = false;
 };
 
 // What a table read by key needs: its name as the caller wrote it, the name
@@ -231,27 +251,19 @@ class SqliteTableCursor final : public TableCursor {
  public:
   SqliteTableCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
                     std::shared_ptr<const TableShape> shape)
-      : db_(db), watchdog_(std::move(watchdog)), stmt_(std::move(stmt)), shape_(std::move(shape)) {}
+      : rows_(db, std::move(watchdog), std::move(stmt)), shape_(std::move(shape)) {}
 
   const std::vector<ColumnInfo>& Columns() const override { return shape_->columns; }
-  bool Next() override {
-    if (done_) return false;
-    if (Step(db_, stmt_.get(), *watchdog_)) return true;
-    done_ = true;
-    return false;
-  }
+  bool Next() override { return rows_.Next(); }
   Variant Value(size_t index) const override {
-    return ReadValue(stmt_.get(), static_cast<int>(index) + 1, shape_->columns[index].type,
+    return ReadValue(rows_.get(), static_cast<int>(index) + 1, shape_->columns[index].type,
                      shape_->utf8);
   }
-  int64_t Key() const override { return sqlite3_column_int64(stmt_.get(), 0); }
+  int64_t Key() const override { return sqlite3_column_int64(rows_.get(), 0); }
 
  private:
-  sqlite3* db_;
-  std::shared_ptr<Watchdog> watchdog_;  // declared first: it outlives the statement
-  Statement stmt_;
+  SteppedStatement rows_;
   std::shared_ptr<const TableShape> shape_;
-  bool done_ = false;
 };
 
 std::string QuotedIdentifier(StringView name) {
