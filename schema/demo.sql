@@ -47,7 +47,7 @@ INSERT INTO CustomerClass (cCCCode, cCCName, iCCGrade, bCCEnd) VALUES
 
 INSERT INTO Customer (cCusCode, cCusName, cCusAbbName, cCCCode) VALUES
   ('C001', '杭州博雅办公家具有限公司', '博雅办公', '0101'),
-  ('C002', '苏州工业园区管理委员会',   '园区管委会', '02');
+  ('C002', '云溪新区管理委员会',     '云溪管委会', '02');
 
 INSERT INTO Department (cDepCode, cDepName, iDepGrade, bDepEnd) VALUES
   ('01', '供应部', 1, 1),

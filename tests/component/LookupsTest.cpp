@@ -52,7 +52,7 @@ TEST(Lifecycle, DbiaIsCreatedOnFirstReadKeptByInitAndReleasedWithTheComponent) {
   auto pub = std::make_unique<clsPub>();
   const auto first = pub->DBIA();
   ASSERT_NE(first, nullptr);
-  pub->init(u"C:\\UFSMART\\ufdata.mdb", u"secret");
+  pub->init(u"C:\\suite\\books.mdb", u"secret");
   EXPECT_EQ(pub->DBIA(), first) << "kept, whatever init is given";
   EXPECT_FALSE(first->IsConnected());
   // Unconnected, a query fails, unless the member traps every failure.
