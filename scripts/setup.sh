@@ -9,7 +9,7 @@ packages=(
   g++ clang libclang-rt-14-dev cmake ninja-build pkg-config
   libsqlite3-dev sqlite3 libicu-dev unixodbc-dev odbc-postgresql postgresql
   libgtest-dev libgmock-dev libbenchmark-dev
-  nlohmann-json3-dev libcli11-dev
+  nlohmann-json3-dev dpkg-dev file
 )
 
 missing=()

@@ -6,6 +6,7 @@ scripts/setup.sh
 build_dir=${KAVRIN_BUILD_DIR:-build}
 ctest --test-dir "$build_dir" --output-on-failure -j "$(nproc)" --timeout 300
 scripts/example.sh
+scripts/package.sh
 scripts/sanitize.sh
 scripts/fuzz.sh
 scripts/tsan.sh
