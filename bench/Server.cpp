@@ -102,10 +102,12 @@ void CopySuiteToServer(const Server& server, const std::string& sqlite_path,
   }
   std::vector<std::string> tables;
   sqlite3_stmt* stmt = nullptr;
-  sqlite3_prepare_v2(db,
-                     "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE "
-                     "'sqlite%' AND EXISTS (SELECT 1 FROM pragma_table_info(name))",
-                     -1, &stmt, nullptr);
+  if (sqlite3_prepare_v2(
+          db, "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
+          -1, &stmt, nullptr) != SQLITE_OK) {
+    sqlite3_close(db);
+    throw std::runtime_error("cannot list the tables of " + sqlite_path);
+  }
   while (sqlite3_step(stmt) == SQLITE_ROW)
     tables.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0)));
   sqlite3_finalize(stmt);
