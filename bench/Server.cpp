@@ -103,8 +103,8 @@ void CopySuiteToServer(const Server& server, const std::string& sqlite_path,
   std::vector<std::string> tables;
   sqlite3_stmt* stmt = nullptr;
   if (sqlite3_prepare_v2(
-          db, "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%'",
-          -1, &stmt, nullptr) != SQLITE_OK) {
+          db, "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%'", -1,
+          &stmt, nullptr) != SQLITE_OK) {
     sqlite3_close(db);
     throw std::runtime_error("cannot list the tables of " + sqlite_path);
   }
