@@ -65,6 +65,20 @@ TEST(Server, FailuresCarryDiagnosticsNoWaitIsUnboundedAndSetupScriptsRunOneByOne
   EXPECT_KAVRIN_ERROR(c->Query(u"select pg_sleep(20)"), errors::kProviderTimeout);
   EXPECT_LT(Clock::now() - start, 10s);
   EXPECT_NO_THROW(c->Query(u"select 1")) << "the connection stays usable";
+  // A table read by key (its first rows read when opened) waits no longer
+  // than a statement: here for a lock another session holds on it, at each
+  // later read.
+  auto table = c->OpenTable(u"Code");
+  ASSERT_NE(table, nullptr);
+  auto locker = db::OpenForSetup(suite.ConnectionString());
+  locker->ExecuteScript(u"BEGIN; LOCK TABLE Code IN ACCESS EXCLUSIVE MODE");
+  start = Clock::now();
+  EXPECT_KAVRIN_ERROR(table->Rows(0)->Next(), errors::kProviderTimeout);
+  EXPECT_KAVRIN_ERROR(table->Last()->Next(), errors::kProviderTimeout);
+  EXPECT_KAVRIN_ERROR(table->Count(), errors::kProviderTimeout);
+  EXPECT_LT(Clock::now() - start, 10s);
+  locker.reset();
+  EXPECT_FALSE(table->Rows(std::nullopt)->Next()) << "and reads once the lock is gone";
 
   // A setup script runs statement by statement; those before a failing one stay.
   EXPECT_KAVRIN_ERROR(db::OpenForSetup(suite.ConnectionString())
