@@ -19,6 +19,10 @@ inline constexpr double kFloorTarget = 2.0;
 inline constexpr double kMemoryTargetMb = 32.0;
 // The most a call through a server may take, in microseconds.
 inline constexpr double kServerCallTargetUs = 2000;
+// The most a check or lookup may cost against its floor with compiled
+// statements kept, on SQLite and through a server.
+inline constexpr double kSqliteCacheTarget = 0.5;
+inline constexpr double kServerCacheTarget = 0.8;
 
 struct Options {
   int repetitions = 15;
@@ -34,7 +38,8 @@ struct Target {
   std::string Engine() const { return OnServer() ? "postgres" : "sqlite"; }
 };
 
-std::shared_ptr<KitDatabase> OpenKit(const Target& target);
+// The kit's connection, keeping compiled statements or compiling each text.
+std::shared_ptr<KitDatabase> OpenKit(const Target& target, bool statement_cache = true);
 // The name a timing sample is kept under.
 std::string Counter(const char* side, const Target& target, bool wall);
 // Statements the kit has sent to servers so far (0 without ODBC).

@@ -32,8 +32,11 @@
 
 namespace kavrin::bench {
 
-std::shared_ptr<KitDatabase> OpenKit(const Target& target) {
-  return KitDatabase::Open(FromUtf8(target.connection));
+std::shared_ptr<KitDatabase> OpenKit(const Target& target, bool statement_cache) {
+  if (statement_cache) return KitDatabase::Open(FromUtf8(target.connection));
+  return KitDatabase::Open(FromUtf8(target.OnServer()
+                                        ? target.connection + ";KavrinStatementCache=0"
+                                        : target.connection + "?statement_cache=off"));
 }
 
 std::string Counter(const char* side, const Target& target, bool wall) {

@@ -30,16 +30,21 @@ bool Summarize(const std::vector<Target>& targets, const std::vector<Json>& sess
   bool growth_met = true;
   bool floor_met = true;
   bool call_met = true;
+  bool cache_met = true;
+  const double cache_target = server ? kServerCacheTarget : kSqliteCacheTarget;
   std::ostringstream table;
   table << Pad("case", 26, true);
-  for (const auto& target : targets)
-    table << Pad(std::to_string(target.items), 10) << Pad("floor", 9) << Pad("ratio", 7);
+  for (const auto& target : targets) {
+    table << Pad(std::to_string(target.items), 10) << Pad("off", 9) << Pad("floor", 9)
+          << Pad("ratio", 7) << Pad("off", 6);
+  }
   table << Pad("growth", 8) << Pad("floor", 7) << (server ? "  trips" : "") << "\n";
   for (const Case& c : cases) {
     const bool has_floor = static_cast<bool>(c.floor);
     // Through a server every case that reads the database is a check or a
     // lookup a form makes as it is typed into, except the whole-archive one.
-    const bool bounded = server && has_floor && c.name != "CheckWareDep";
+    const bool lookup = has_floor && c.name != "CheckWareDep";
+    const bool bounded = server && lookup;
     Json row;
     row["archive_check"] = c.archive_check;
     table << Pad(c.name + (c.archive_check ? " *" : ""), 26, true);
@@ -53,17 +58,22 @@ bool Summarize(const std::vector<Target>& targets, const std::vector<Json>& sess
               {"kit_cpu_us", median_of(c.name, "kit", target, false)},
               {"first_call_us", first["kit"]}};
       if (sessions[i].contains("statements")) at["statements"] = sessions[i]["statements"][c.name];
-      table << Pad(Fixed(kit, 1), 10);
+      const double uncached = median(c.name, "uncached", target);
+      at["uncached_us"] = uncached;
+      table << Pad(Fixed(kit, 1), 10) << Pad(Fixed(uncached, 1), 9);
       if (bounded) call_met = call_met && kit <= kServerCallTargetUs;
       if (has_floor) {
         const double floor = median(c.name, "floor", target);
         at["floor_us"] = floor;
         at["floor_first_call_us"] = first["floor"];
         at["ratio_to_floor"] = kit / floor;
+        at["uncached_ratio_to_floor"] = uncached / floor;
         if (!server || bounded) floor_met = floor_met && kit / floor <= kFloorTarget;
-        table << Pad(Fixed(floor, 1), 9) << Pad(Fixed(kit / floor, 2), 7);
+        if (lookup) cache_met = cache_met && kit / floor <= cache_target;
+        table << Pad(Fixed(floor, 1), 9) << Pad(Fixed(kit / floor, 2), 7)
+              << Pad(Fixed(uncached / floor, 2), 6);
       } else {
-        table << Pad("-", 9) << Pad("-", 7);
+        table << Pad("-", 9) << Pad("-", 7) << Pad("-", 6);
       }
       row["sizes"].push_back(at);
     }
@@ -91,7 +101,8 @@ bool Summarize(const std::vector<Target>& targets, const std::vector<Json>& sess
     summary["cases"][c.name] = row;
   }
   table << "(medians of the " << (server ? "wall-clock" : "processor")
-        << " time per call in microseconds; ratio = kit / floor;\n"
+        << " time per call in microseconds; off = the kit compiling every text;\n"
+        << " ratio = kit / floor, off = kit compiling every text / floor;\n"
         << " growth = largest / smallest size, for the kit and for the floor;"
         << " * = archive check" << (server ? ";\n trips = statements per call, kit/floor" : "")
         << ")\n\n";
@@ -130,14 +141,17 @@ bool Summarize(const std::vector<Target>& targets, const std::vector<Json>& sess
     table << checked << " at most " << kServerCallTargetUs / 1000
           << " ms per call: " << (call_met ? "met" : "NOT met") << "\n";
   }
+  table << checked << " (but the whole-archive CheckWareDep) at most " << cache_target
+        << "x the floor: " << (cache_met ? "met" : "NOT met") << "\n";
   table << "peak memory within " << kMemoryTargetMb
         << " MB of the smallest size: " << (memory_met ? "met" : "NOT met") << "\n";
   summary["met"] = {{"growth", growth_met},
                     {"floor_ratio", floor_met},
                     {"memory", memory_met},
-                    {"call_time", call_met}};
+                    {"call_time", call_met},
+                    {"cache_ratio", cache_met}};
   out = table.str();
-  return growth_met && floor_met && memory_met && call_met;
+  return growth_met && floor_met && memory_met && call_met && cache_met;
 }
 
 }  // namespace kavrin::bench

@@ -38,10 +38,12 @@ struct Bench {
         cases(MakeCases(SuiteSize(target.items))),
         floor(OpenFloor(target.connection)) {
     pub.DBIA(OpenKit(target));
+    uncached.DBIA(OpenKit(target, false));
   }
   Target target;
   std::vector<Case> cases;
   clsPub pub;
+  clsPub uncached;  // the same calls on a connection that compiles every text
   std::unique_ptr<Floor> floor;
 };
 
@@ -59,10 +61,12 @@ int Time(const std::vector<Target>& targets, const std::string& out, const Optio
       // size each time, through the kit and straight through the engine,
       // the one first and then the other.
       std::vector<Part> kit(n);
+      std::vector<Part> uncached(n);
       std::vector<Part> engine(n);
       for (auto& b : benches) {
         const Case& c = b->cases[k];
         benchmark::DoNotOptimize(c.call(b->pub));  // warm
+        benchmark::DoNotOptimize(c.call(b->uncached));
         if (c.floor) c.floor(*b->floor);
       }
       // A case without a floor is cheap: its calls are timed in batches, so
@@ -80,14 +84,22 @@ int Time(const std::vector<Target>& targets, const std::string& out, const Optio
                 benchmark::DoNotOptimize(c.call(b.pub));
             });
           };
+          const auto run_uncached = [&] {
+            uncached[i].Time([&] {
+              for (int call = 0; call < batch; ++call)
+                benchmark::DoNotOptimize(c.call(b.uncached));
+            });
+          };
           const auto run_floor = [&] {
             if (c.floor) engine[i].Time([&] { c.floor(*b.floor); });
           };
           if (turn % 2 == 0) {
             run_kit();
+            run_uncached();
             run_floor();
           } else {
             run_floor();
+            run_uncached();
             run_kit();
           }
         }
@@ -98,6 +110,8 @@ int Time(const std::vector<Target>& targets, const std::string& out, const Optio
         const Target& items = benches[i]->target;
         state.counters[Counter("kit", items, false)] = kit[i].cpu / iterations / batch;
         state.counters[Counter("kit", items, true)] = kit[i].wall / iterations / batch;
+        state.counters[Counter("uncached", items, false)] = uncached[i].cpu / iterations / batch;
+        state.counters[Counter("uncached", items, true)] = uncached[i].wall / iterations / batch;
         if (!benches[i]->cases[k].floor) continue;
         state.counters[Counter("floor", items, false)] = engine[i].cpu / iterations;
         state.counters[Counter("floor", items, true)] = engine[i].wall / iterations;

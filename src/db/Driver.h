@@ -131,6 +131,13 @@ class Connection {
 // Opens a connection for reading: "sqlite:PATH", a bare path ending in ".db"
 // or ".sqlite", or "odbc:CONNECTION-STRING" where that driver is built.
 // Throws Error for an unknown form or a database that cannot be opened.
+//
+// A connection keeps the compiled statements of the texts it runs, one per
+// shape (the text with the values it compares replaced by parameters), and
+// runs them again with the values bound; answers are the same either way.
+// "sqlite:PATH?statement_cache=off" (or "PATH.db?statement_cache=off") and
+// the ODBC attribute "KavrinStatementCache=0" turn that off: every text is
+// then compiled where it is run.
 std::unique_ptr<Connection> Open(StringView connection_string);
 
 // Opens (creating if needed) a connection that may create tables and load

@@ -490,7 +490,7 @@ uint64_t StatementsSent() {
 }
 
 std::unique_ptr<Connection> Connect(StringView connection_string, bool writable,
-                                    const Timeouts& timeouts) {
+                                    const Timeouts& timeouts, bool /*statement_cache*/) {
   auto connection = std::make_unique<OdbcConnection>(writable, timeouts);
   connection->Connect(connection_string);
   return connection;

@@ -25,8 +25,11 @@ struct Timeouts {
 // PostgreSQL also a read-only session, so the server refuses writes) and
 // refuses statements that do not read. Throws Error (kProviderFailure) when
 // the driver cannot connect.
+// With `statement_cache`, a statement that reads is prepared once per shape
+// (see db/StatementShape.h) and executed with its values bound, where the
+// server gains by it; without, every text is executed directly.
 std::unique_ptr<Connection> Connect(StringView connection_string, bool writable,
-                                    const Timeouts& timeouts = {});
+                                    const Timeouts& timeouts = {}, bool statement_cache = true);
 
 // How many statements this process has sent to servers through ODBC, each
 // one round trip: what the benchmark counts per call.

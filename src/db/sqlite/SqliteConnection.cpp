@@ -8,7 +8,9 @@
 #include <unordered_map>
 
 #include "db/DeclaredType.h"
+#include "db/StatementShape.h"
 #include "db/sqlite/Dialect.h"
+#include "db/sqlite/StatementCache.h"
 #include "kavrin/Error.h"
 
 namespace kavrin::db::sqlite {
@@ -62,12 +64,6 @@ int Authorize(void*, int action, const char*, const char*, const char*, const ch
   }
 }
 
-struct StatementDeleter {
-  void operator()(sqlite3_stmt* stmt) const { sqlite3_finalize(stmt); }
-};
-using Statement = std::unique_ptr<sqlite3_stmt, StatementDeleter>;
-
-// A column value as stored, typed as the column's declared type says.
 // A column value as stored, typed as the column's declared type says. A text
 // of a UTF-8 database is turned into UTF-16 here rather than by SQLite.
 Variant ReadValue(sqlite3_stmt* stmt, int i, VarType type, bool utf8) {
@@ -279,8 +275,11 @@ std::string QuotedIdentifier(StringView name) {
 class SqliteTable final : public Table {
  public:
   SqliteTable(sqlite3* db, std::shared_ptr<Watchdog> watchdog,
-              std::shared_ptr<const TableShape> shape)
-      : db_(db), watchdog_(std::move(watchdog)), shape_(std::move(shape)) {}
+              std::shared_ptr<const TableShape> shape, std::shared_ptr<StatementCache> cache)
+      : db_(db),
+        watchdog_(std::move(watchdog)),
+        shape_(std::move(shape)),
+        cache_(std::move(cache)) {}
 
   const std::vector<ColumnInfo>& Columns() const override { return shape_->columns; }
 
@@ -323,12 +322,21 @@ class SqliteTable final : public Table {
   std::string Select() const { return "SELECT " + shape_->key + ", * FROM " + shape_->name; }
   std::string InOrder() const { return " ORDER BY " + shape_->key; }
 
+  // The statement of `sql`, kept compiled when the connection keeps them.
   Statement Prepare(const std::string& sql) const {
+    String key;
+    if (cache_) {
+      key = FromUtf8(sql);
+      if (Statement kept = cache_->Take(key)) return kept;
+    }
     sqlite3_stmt* raw = nullptr;
-    const int rc =
-        sqlite3_prepare_v3(db_, sql.c_str(), static_cast<int>(sql.size()), 0, &raw, nullptr);
-    Statement stmt(raw);
-    if (rc != SQLITE_OK) Fail(db_, rc);
+    const int rc = sqlite3_prepare_v3(db_, sql.c_str(), static_cast<int>(sql.size()),
+                                      cache_ ? SQLITE_PREPARE_PERSISTENT : 0, &raw, nullptr);
+    Statement stmt = cache_ ? cache_->Adopt(key, raw) : Statement(raw);
+    if (rc != SQLITE_OK) {
+      stmt.get_deleter().home.reset();
+      Fail(db_, rc);
+    }
     return stmt;
   }
 
@@ -339,16 +347,19 @@ class SqliteTable final : public Table {
   sqlite3* db_;
   std::shared_ptr<Watchdog> watchdog_;
   std::shared_ptr<const TableShape> shape_;
+  std::shared_ptr<StatementCache> cache_;  // null when statements are compiled each time
 };
 
 class SqliteConnection final : public Connection {
  public:
-  SqliteConnection(sqlite3* db, bool writable, bool utf8, std::chrono::milliseconds time_limit)
+  SqliteConnection(sqlite3* db, bool writable, bool utf8, std::chrono::milliseconds time_limit,
+                   bool statement_cache)
       : db_(db),
         writable_(writable),
         utf8_(utf8),
         describer_(db),
-        watchdog_(std::make_shared<Watchdog>(time_limit)) {
+        watchdog_(std::make_shared<Watchdog>(time_limit)),
+        cache_(statement_cache ? std::make_shared<StatementCache>(kCachedStatements) : nullptr) {
     if (!writable_)
       sqlite3_progress_handler(db_, kProgressSteps, Watchdog::Expired, watchdog_.get());
   }
@@ -357,6 +368,13 @@ class SqliteConnection final : public Connection {
   std::unique_ptr<Cursor> Query(StringView sql) override {
     watchdog_->Start();  // preparing counts too: a statement's time starts here
     const String text = QuoteCallKeywords(sql);
+    if (cache_ && text.size() <= kLongestCachedText) {
+      if (auto shape = ShapeOf(text, kQuoting)) {
+        if (Statement stmt = Compiled(*shape)) {
+          return std::make_unique<SqliteCursor>(db_, watchdog_, std::move(stmt), describer_, utf8_);
+        }
+      }
+    }
     sqlite3_stmt* raw = nullptr;
     const void* tail = nullptr;
     const int rc =
@@ -405,11 +423,48 @@ class SqliteConnection final : public Connection {
       found = shapes_.insert_or_assign(key, Shape(name)).first;
     }
     if (!found->second) return nullptr;
-    return std::make_unique<SqliteTable>(db_, watchdog_, found->second);
+    return std::make_unique<SqliteTable>(db_, watchdog_, found->second, cache_);
   }
 
  private:
   static constexpr size_t kMaxShapes = 256;
+  // Compiled statements kept per connection, and the longest text kept.
+  static constexpr size_t kCachedStatements = 128;
+  static constexpr size_t kLongestCachedText = 8192;
+  static constexpr SqlQuoting kQuoting{.brackets = true};
+
+  // The compiled statement of `shape` with its values bound, or null when
+  // the shape does not compile to one statement that reads: the text then
+  // runs as it is and fails as it would have.
+  Statement Compiled(const StatementShape& shape) {
+    Statement stmt = cache_->Take(shape.text);
+    if (!stmt) {
+      sqlite3_stmt* raw = nullptr;
+      const void* tail = nullptr;
+      const int rc =
+          sqlite3_prepare16_v3(db_, shape.text.data(), static_cast<int>(shape.text.size() * 2),
+                               SQLITE_PREPARE_PERSISTENT, &raw, &tail);
+      stmt = cache_->Adopt(shape.text, raw);
+      const bool whole = tail == shape.text.data() + shape.text.size();
+      if (rc != SQLITE_OK || !raw || !whole || !sqlite3_stmt_readonly(raw) ||
+          sqlite3_bind_parameter_count(raw) != static_cast<int>(shape.values.size())) {
+        stmt.get_deleter().home.reset();
+        return nullptr;
+      }
+    }
+    for (size_t i = 0; i < shape.values.size(); ++i) {
+      const int index = static_cast<int>(i + 1);
+      int rc = SQLITE_OK;
+      if (const auto* text = std::get_if<String>(&shape.values[i])) {
+        rc = sqlite3_bind_text16(stmt.get(), index, text->data(),
+                                 static_cast<int>(text->size() * 2), SQLITE_TRANSIENT);
+      } else {
+        rc = sqlite3_bind_int64(stmt.get(), index, std::get<int64_t>(shape.values[i]));
+      }
+      if (rc != SQLITE_OK) return nullptr;
+    }
+    return stmt;
+  }
 
   static String ToLowerAscii(StringView text) {
     String lower(text);
@@ -496,6 +551,7 @@ class SqliteConnection final : public Connection {
   Describer describer_;
   std::shared_ptr<Watchdog> watchdog_;
   std::unordered_map<std::string, std::shared_ptr<const TableShape>> shapes_;
+  std::shared_ptr<StatementCache> cache_;  // null when statements are compiled each time
 };
 
 // Whether the database keeps its texts in UTF-8.
@@ -537,7 +593,7 @@ bool Configure(sqlite3* db, bool writable) {
 }  // namespace
 
 std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable,
-                                     std::chrono::milliseconds time_limit) {
+                                     std::chrono::milliseconds time_limit, bool statement_cache) {
   sqlite3* db = nullptr;
   const int flags = writable ? (SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) : SQLITE_OPEN_READONLY;
   const int rc = sqlite3_open_v2(path.c_str(), &db, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
@@ -553,7 +609,7 @@ std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable,
     sqlite3_close_v2(db);
     throw;
   }
-  return std::make_unique<SqliteConnection>(db, writable, utf8, time_limit);
+  return std::make_unique<SqliteConnection>(db, writable, utf8, time_limit, statement_cache);
 }
 
 }  // namespace kavrin::db::sqlite

@@ -15,8 +15,11 @@ namespace kavrin::db::sqlite {
 inline constexpr std::chrono::milliseconds kStatementTimeLimit{30000};
 
 // Opens the file at `path` (UTF-8). Throws Error when it cannot be opened or
-// is not a database.
+// is not a database. With `statement_cache`, the connection keeps the
+// compiled statements of the texts it runs, one per shape (see
+// db/StatementShape.h); without, it compiles every text it is given.
 std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable,
-                                     std::chrono::milliseconds time_limit = kStatementTimeLimit);
+                                     std::chrono::milliseconds time_limit = kStatementTimeLimit,
+                                     bool statement_cache = true);
 
 }  // namespace kavrin::db::sqlite
