@@ -89,6 +89,10 @@ SuiteDb::SuiteDb(Contents contents) {
   dir_ = std::make_unique<TempDir>();
   path_ = dir_->path() + "/suite.db";
   connection_string_ = FromUtf8("sqlite:" + path_);
+  // The suite's second SQLite run compiles every text where it is run.
+  if (const char* cache = std::getenv("KAVRIN_TEST_STATEMENT_CACHE");
+      cache && cache == std::string("off"))
+    connection_string_ += u"?statement_cache=off";
   if (contents != Contents::kNothing) {
     CreateSuiteDatabase(connection_string_, contents == Contents::kDemo);
   }

@@ -18,7 +18,9 @@ commands:
   methods   list clsPub's members in order, with parameters and result types
 
 CONN is sqlite:PATH or a path ending in .db or .sqlite (opened read-only), or
-odbc:CONNECTION-STRING where the ODBC driver is built.
+odbc:CONNECTION-STRING where the ODBC driver is built. Compiled statements are
+kept per connection; sqlite:PATH?statement_cache=off (or KavrinStatementCache=0;
+in an ODBC string) compiles every text where it is run, with the same answers.
 
 Exit status: 0 when the call succeeded, 1 when it failed (the answer carries
 the error's number, source and description), 2 for a usage error.

@@ -456,8 +456,12 @@ class SqliteConnection final : public Connection {
       const int index = static_cast<int>(i + 1);
       int rc = SQLITE_OK;
       if (const auto* text = std::get_if<String>(&shape.values[i])) {
-        rc = sqlite3_bind_text16(stmt.get(), index, text->data(),
-                                 static_cast<int>(text->size() * 2), SQLITE_TRANSIENT);
+        // Bound as UTF-8: SQLite drops a leading U+FEFF from any text bound
+        // as UTF-16, which a literal keeps. Texts with units that do not
+        // convert alike never get here (see ShapeOf).
+        const std::string utf8 = ToUtf8(*text);
+        rc = sqlite3_bind_text64(stmt.get(), index, utf8.data(), utf8.size(), SQLITE_TRANSIENT,
+                                 SQLITE_UTF8);
       } else {
         rc = sqlite3_bind_int64(stmt.get(), index, std::get<int64_t>(shape.values[i]));
       }
