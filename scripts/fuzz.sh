@@ -12,7 +12,7 @@ scripts/sanitize.sh --build-only >/dev/null
 
 export ASAN_OPTIONS=detect_leaks=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
-targets=(convert date format sepcode criteria request invoke)
+targets=(convert date format sepcode criteria request invoke lexer)
 
 run_one() {
   local target=$1 work="$build_dir/fuzz-work/$1"

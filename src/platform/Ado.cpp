@@ -1,5 +1,8 @@
 #include "kavrin/Ado.h"
 
+#include <algorithm>
+
+#include "db/SqlLexer.h"
 #include "kavrin/Error.h"
 #include "platform/State.h"
 
@@ -36,14 +39,15 @@ String SelectAllFrom(StringView table) {
 }
 
 bool IsBareTableName(StringView source) {
-  if (source.empty()) return false;
-  for (char16_t c : source) {
-    const bool word = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ||
-                      (c >= u'0' && c <= u'9') || c == u'_' || c == u'$' || c == u'#' ||
-                      c == u'.' || c >= 0x80;
-    if (!word) return false;
-  }
-  return !(source[0] >= u'0' && source[0] <= u'9');
+  // Words joined by dots (dbo.Inventory), nothing else: no blanks, quotes or
+  // operators.
+  const auto tokens = db::Tokenize(source, db::kKitProfile);
+  const auto is_word = [](const db::SqlToken& token) { return token.kind == db::TokenKind::Word; };
+  return !tokens.empty() && is_word(tokens.front()) && is_word(tokens.back()) &&
+         std::ranges::all_of(tokens, [&](const db::SqlToken& token) {
+           return is_word(token) ||
+                  (token.kind == db::TokenKind::Operator && token.In(source) == u".");
+         });
 }
 
 }  // namespace detail

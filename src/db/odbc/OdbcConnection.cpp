@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "db/DeclaredType.h"
-#include "db/SqlText.h"
+#include "db/SqlLexer.h"
 #include "kavrin/Error.h"
 #include "kavrin/OleDate.h"
 
@@ -344,8 +344,7 @@ class OdbcConnection final : public Connection {
       folds_names_to_lower_ = identifier_case == SQL_IC_LOWER;
     }
     if (Contains(dbms_, u"PostgreSQL")) {
-      quoting_.dollar_quotes = true;
-      quoting_.escape_strings = true;
+      quoting_ = kPostgresProfile;
       // Literals are read as the statement splitter reads them, and a reading
       // session cannot write whatever a statement tries.
       Execute(u"SET standard_conforming_strings = on", timeouts_.query_seconds);
@@ -353,7 +352,7 @@ class OdbcConnection final : public Connection {
         Execute(u"SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY", timeouts_.query_seconds);
       }
     } else if (Contains(dbms_, u"SQL Server") || Contains(dbms_, u"Adaptive Server")) {
-      quoting_.brackets = true;
+      quoting_ = kSqlServerProfile;
     }
   }
 
@@ -465,7 +464,7 @@ class OdbcConnection final : public Connection {
   Timeouts timeouts_;
   std::shared_ptr<Session> session_;
   String dbms_;
-  SqlQuoting quoting_;
+  SqlProfile quoting_ = kStandardProfile;
   bool folds_names_to_lower_ = false;
 };
 

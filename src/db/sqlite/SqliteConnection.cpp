@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "db/DeclaredType.h"
+#include "db/SqlLexer.h"
 #include "db/sqlite/Dialect.h"
 #include "kavrin/Error.h"
 
@@ -358,13 +359,14 @@ class SqliteConnection final : public Connection {
     watchdog_->Start();  // preparing counts too: a statement's time starts here
     const String text = QuoteCallKeywords(sql);
     sqlite3_stmt* raw = nullptr;
-    const void* tail = nullptr;
     const int rc =
-        sqlite3_prepare16_v3(db_, text.data(), static_cast<int>(text.size() * 2), 0, &raw, &tail);
+        sqlite3_prepare16_v3(db_, text.data(), static_cast<int>(text.size() * 2), 0, &raw, nullptr);
     Statement stmt(raw);
     if (rc != SQLITE_OK) Fail(db_, rc);
     if (!stmt) Refuse("The command text holds no statement.");
-    if (HoldsAnotherStatement(tail, text))
+    // The lexer reads the text as SQLite does, so it sees every statement
+    // SQLite would run after the first (and the statements of a trigger body).
+    if (SplitStatements(sql, kSqliteProfile).size() > 1)
       Refuse("The command text holds more than one statement.");
     if (!sqlite3_stmt_readonly(stmt.get())) Refuse("Only statements that read are allowed.");
     return std::make_unique<SqliteCursor>(db_, watchdog_, std::move(stmt), describer_, utf8_);
@@ -473,21 +475,6 @@ class SqliteConnection final : public Connection {
     }
     shape->verified_at = LatestDataVersion();
     return shape;
-  }
-
-  // Whether the rest of the text after the first statement holds another
-  // one (blanks, comments and semicolons alone do not count).
-  bool HoldsAnotherStatement(const void* tail, const String& text) const {
-    const auto* rest = static_cast<const char16_t*>(tail);
-    if (!rest) return false;
-    const auto offset = static_cast<size_t>(rest - text.data());
-    if (offset >= text.size()) return false;
-    const String remainder = text.substr(offset);
-    sqlite3_stmt* next = nullptr;
-    const int rc = sqlite3_prepare16_v3(db_, remainder.data(),
-                                        static_cast<int>(remainder.size() * 2), 0, &next, nullptr);
-    sqlite3_finalize(next);
-    return rc != SQLITE_OK || next != nullptr;
   }
 
   sqlite3* db_;
