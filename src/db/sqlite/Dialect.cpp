@@ -174,13 +174,16 @@ String QuoteCallKeywords(StringView sql) {
   out.reserve(sql.size() + 8);
   for (size_t i = 0; i < tokens.size(); ++i) {
     const StringView text = tokens[i].In(sql);
-    size_t next = i + 1;
-    while (next < tokens.size() && !tokens[next].Significant())
-      ++next;
-    const bool call = next < tokens.size() && tokens[next].kind == TokenKind::Operator &&
-                      tokens[next].In(sql) == u"(";
-    if (call && tokens[i].kind == TokenKind::Word &&
+    bool call = false;
+    if (tokens[i].kind == TokenKind::Word &&
         (EqualsNoCase(text, u"right") || EqualsNoCase(text, u"left"))) {
+      size_t next = i + 1;
+      while (next < tokens.size() && !tokens[next].Significant())
+        ++next;
+      call = next < tokens.size() && tokens[next].kind == TokenKind::Operator &&
+             tokens[next].In(sql) == u"(";
+    }
+    if (call) {
       out.append(u"\"").append(text).append(u"\"");
     } else {
       out.append(text);
