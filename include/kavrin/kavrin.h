@@ -26,7 +26,9 @@
  *    wrote) owns its strings, array items and object handle, and is released
  *    with kavrin_value_clear. To keep an object beyond that, take a handle of
  *    your own with kavrin_object_retain first. kavrin_value_clear on a value
- *    the caller filled in only resets it to Empty.
+ *    the caller filled in only resets it to Empty. Values of the other kinds
+ *    than String, String16, Object and Array hold no storage: clearing them
+ *    may be skipped.
  *  - Strings the library answers directly (error texts, member names,
  *    kavrin_version) live as long as the object they come from (the error;
  *    the process for the others).

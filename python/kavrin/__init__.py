@@ -270,6 +270,9 @@ def _raise(error):
     raise Error(number, source, description)
 
 
+_HOLDS_STORAGE = frozenset((_n.STRING, _n.STRING16, _n.OBJECT, _n.ARRAY))
+
+
 def _invoke(handle, name, kind, args):
     """Calls member `name` (bytes) with `args`; answers (result, written) where
     written maps the index of each argument the member wrote to its value."""
@@ -286,13 +289,15 @@ def _invoke(handle, name, kind, args):
         for index, slot in enumerate(values):
             if slot.owned:
                 written[index] = _get(slot)
-                _lib.kavrin_value_clear(slot)
+                if slot.kind in _HOLDS_STORAGE:
+                    _lib.kavrin_value_clear(slot)
                 if isinstance(args[index], Ref):
                     args[index].value = written[index]
     if status:
         _raise(error)
     answer = _get(result)
-    _lib.kavrin_value_clear(result)
+    if result.kind in _HOLDS_STORAGE:
+        _lib.kavrin_value_clear(result)
     return answer, written
 
 
