@@ -20,7 +20,7 @@ Arguments written by reference: a member that writes into its arguments
 answers a tuple: its result (None for a member without one) followed by the
 value of each parameter it writes, in order, after the call (kavrin.Missing
 for one left out). A kavrin.Ref passed as an argument also receives what is
-written into it, with any object's members.
+written into it; that works for the members of any object, not only clsPub's.
 
 A failing call raises kavrin.Error with .number, .source and .description,
 the platform's error. Objects are not thread-safe: use each from one thread
