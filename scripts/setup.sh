@@ -10,6 +10,7 @@ packages=(
   libsqlite3-dev sqlite3 libicu-dev unixodbc-dev odbc-postgresql postgresql
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev dpkg-dev file
+  python3 python3-pytest mono-devel
 )
 
 missing=()
