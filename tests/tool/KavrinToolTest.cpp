@@ -153,6 +153,12 @@ TEST_F(KavrinTool, InitDbNeverOverwritesOrHalfWritesAndOpenFailuresSayWhy) {
            "kavrin init-db " + dir.path() + "/none.db --demo"})
     EXPECT_NE(message.find(fragment), std::string::npos) << message;
   EXPECT_EQ(message.find("kavrin --help"), std::string::npos) << message;
+  // A server's connection string is shown without its password.
+  const auto [server_status, server] =
+      Kavrin("call --db 'odbc:Driver={None};UID=u;PWD=secret;Server=x' CheckInv 01", "", true);
+  EXPECT_EQ(server_status, 2);
+  EXPECT_NE(server.find("UID=u;PWD=***;Server=x"), std::string::npos) << server;
+  EXPECT_EQ(server.find("secret"), std::string::npos) << server;
 }
 
 TEST_F(KavrinTool, DaoArgumentsOpenADesktopDatabase) {

@@ -1,7 +1,11 @@
 #include "Session.h"
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "JsonValues.h"
 #include "kavrin/Error.h"
@@ -42,8 +46,30 @@ std::pair<std::string, std::string> Described(const Error& e) {
 
 }  // namespace
 
+std::string Masked(const std::string& db) {
+  std::string lower = db;
+  for (char& c : lower)
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  std::vector<std::pair<size_t, size_t>> values;  // where each password is, and its end
+  for (const std::string_view key : {"pwd=", "password="}) {
+    for (size_t at = lower.find(key); at != std::string::npos; at = lower.find(key, at + 1)) {
+      const size_t from = at + key.size();
+      values.emplace_back(from, std::min(lower.find(';', from), lower.size()));
+    }
+  }
+  std::sort(values.begin(), values.end());
+  std::string shown;
+  size_t done = 0;
+  for (const auto& [from, to] : values) {
+    if (from < done) continue;  // a key inside a password already masked
+    shown += db.substr(done, from - done) + "***";
+    done = to;
+  }
+  return shown + db.substr(done);
+}
+
 std::string CannotOpen(const std::string& db, const std::exception& e) {
-  std::string message = "cannot open the database " + db + ": " + e.what();
+  std::string message = "cannot open the database " + Masked(db) + ": " + e.what();
   const bool server = db.starts_with("odbc:");
   const std::string path = db.starts_with("sqlite:") ? db.substr(7) : db;
   std::error_code ignored;

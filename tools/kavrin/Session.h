@@ -24,6 +24,9 @@ class DatabaseError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The connection string with its passwords (PWD=, Password=) masked.
+std::string Masked(const std::string& db);
+
 // What the host says about a database it cannot open: the engine's message,
 // and for a SQLite file that is not there, that init-db creates one.
 std::string CannotOpen(const std::string& db, const std::exception& e);

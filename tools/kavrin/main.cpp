@@ -104,8 +104,8 @@ void InitServerDb(const Options& options) {
   try {
     CreateSuiteDatabase(FromUtf8(options.positional[0]), options.demo);
   } catch (const Error& e) {
-    throw DatabaseError("cannot create the suite's tables in " + options.positional[0] + ": " +
-                        e.what());
+    throw DatabaseError("cannot create the suite's tables in " + Masked(options.positional[0]) +
+                        ": " + e.what());
   }
 }
 
