@@ -30,6 +30,7 @@
 #include <span>
 
 #include "kavrin/Dispatch.h"
+#include "kavrin/Error.h"
 #include "kavrin/Export.h"
 #include "kavrin/KitDatabase.h"
 #include "kavrin/Members.h"
