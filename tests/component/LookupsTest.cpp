@@ -29,7 +29,7 @@ TEST_F(Lookups, FromToLetsFailuresThroughWhereCodeToNameAndGetAccInfoTrapThem) {
   EXPECT_TRUE(pub_.FromTo(u"cInvCode", u"99", u"cInvName", u"Inventory").IsNull()) << "no row";
   EXPECT_TRUE(pub_.FromTo(u"cInvCode", u"02", u"cInvName", u"Inventory").IsNull());
   EXPECT_KAVRIN_ERROR(pub_.FromTo(u"cInvCode", u"0'1", u"cInvName", u"Inventory"),
-                      errors::kProviderSyntax);
+                      errors::kProviderSyntax, testing::EngineSource());
 
   EXPECT_EQ(pub_.CodeToName(u"01", 0), u"Steel plate  ") << "not trimmed";
   for (const char16_t* code : {u"99", u"02", u"0'1"})
@@ -45,7 +45,8 @@ TEST_F(Lookups, FromToLetsFailuresThroughWhereCodeToNameAndGetAccInfoTrapThem) {
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cGoodClass"), u"2");
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cDepLevel"), u" 2 ");
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cProvClass"), u"");
-  EXPECT_KAVRIN_ERROR(pub_.GetAccInfo(u"A'A", u"x"), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.GetAccInfo(u"A'A", u"x"), errors::kProviderSyntax,
+                      testing::EngineSource());
 }
 
 TEST(Lifecycle, DbiaIsCreatedOnFirstReadKeptByInitAndReleasedWithTheComponent) {
@@ -56,7 +57,8 @@ TEST(Lifecycle, DbiaIsCreatedOnFirstReadKeptByInitAndReleasedWithTheComponent) {
   EXPECT_EQ(pub->DBIA(), first) << "kept, whatever init is given";
   EXPECT_FALSE(first->IsConnected());
   // Unconnected, a query fails, unless the member traps every failure.
-  EXPECT_KAVRIN_ERROR(pub->GetAccInfo(u"AA", u"cGoodClass"), errors::kNoConnection);
+  EXPECT_KAVRIN_ERROR(pub->GetAccInfo(u"AA", u"cGoodClass"), errors::kNoConnection,
+                      sources::kKitDatabase);
   EXPECT_EQ(pub->CodeToName(u"01", 0), u"");
   pub->DBIA(nullptr);
   EXPECT_NE(pub->DBIA(), first);

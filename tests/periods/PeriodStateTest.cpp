@@ -45,7 +45,8 @@ TEST_F(PeriodState, MonthEndFlagsGiveTheCurrentPeriodAndEachMonthsState) {
   EXPECT_FALSE(pub_.GetMonthState(u"ia", 3));
   EXPECT_EQ(Sent().back(), u"Select bFlag_ia from gl_mend where iPeriod=3");
   EXPECT_FALSE(pub_.GetMonthState(u"GL", 7)) << "no row for the period";
-  EXPECT_KAVRIN_ERROR(pub_.GetMonthState(u"gl", 3), errors::kProviderSyntax);  // no bFlag_gl
+  EXPECT_KAVRIN_ERROR(pub_.GetMonthState(u"gl", 3), errors::kProviderSyntax,
+                      testing::EngineSource());  // no bFlag_gl
   EXPECT_KAVRIN_ERROR(pub_.GetMonthState(u"PU", 3), errors::kInvalidUseOfNull);
 }
 
@@ -127,7 +128,7 @@ TEST(DesktopProbe, TablesAndStoredQueriesAreFoundByNameAndOnlyItemNotFoundIsAbse
                                       u"Orders"};
   EXPECT_KAVRIN_ERROR(pub.Call(u"ExistTableQueryDAO", not_a_database), errors::kTypeMismatch);
   EXPECT_KAVRIN_ERROR(dao::Database::Open(FromUtf8(dir.path() + "/none.db")),
-                      errors::kProviderFailure);
+                      errors::kProviderFailure, sources::kSqlite);
 }
 
 }  // namespace

@@ -11,9 +11,6 @@
 namespace kavrin {
 namespace {
 
-// The kit's answer to criteria it cannot read, such as a text with a quote.
-constexpr int32_t kCriteriaSyntax = 3077;
-
 using Texts = std::vector<String>;
 using GradedCheck = testing::ComponentTest;
 using CodingScheme = testing::ComponentTest;
@@ -41,7 +38,8 @@ TEST_F(GradedCheck, QueriedArchivesTryTheCodeBeforeTheName) {
   EXPECT_EQ(pub_.CheckDirGrade(u"Raw materials", true, 15), u"1403");
   EXPECT_EQ(pub_.CheckDirGrade(u"05", true, 7), u"05") << "a Null name not answered is harmless";
   EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"05", true, 7, true), errors::kInvalidUseOfNull);
-  EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"O'Brien", false, 7), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"O'Brien", false, 7), errors::kProviderSyntax,
+                      testing::EngineSource());
 }
 
 TEST_F(GradedCheck, EndRowsByCodeByNameAndByWalkingSameNamedRows) {
@@ -71,8 +69,10 @@ TEST_F(GradedCheck, EndRowsByCodeByNameAndByWalkingSameNamedRows) {
   EXPECT_EQ(pub_.CheckDirGrade(u"Wood", true, 6), u"") << "it stops at the last row";
   EXPECT_EQ(pub_.CheckDirGrade(u"Metals", true, 8), u"02");
   // Vendor and customer classes read on past the last row.
-  EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"Wood", true, 8), errors::kNoCurrentRecord);
-  EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"Retail", true, 9), errors::kNoCurrentRecord);
+  EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"Wood", true, 8), errors::kNoCurrentRecord,
+                      sources::kAdoField);
+  EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"Retail", true, 9), errors::kNoCurrentRecord,
+                      sources::kAdoField);
 }
 
 TEST_F(GradedCheck, StylesAndCostObjectsAreFoundInTheLoadedTable) {
@@ -87,7 +87,7 @@ TEST_F(GradedCheck, StylesAndCostObjectsAreFoundInTheLoadedTable) {
   EXPECT_EQ(pub_.CheckDirGrade(u"Desks", true, 22), u"0101");
   EXPECT_EQ(Sent(), (Texts{u"Rd_Style", u"Rd_Style", u"Rd_Style", u"Rd_Style", u"CostObj"}))
       << "no query by code or name";
-  EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"O'Brien", true, 22), kCriteriaSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.CheckDirGrade(u"O'Brien", true, 22), errors::kCriteriaSyntax);
 }
 
 TEST_F(CodingScheme, GradeLengthsAddUpTheDigitsOfTheArchivesSetting) {
@@ -164,7 +164,8 @@ TEST_F(UngradedChecks, CodeFirstThenNameAsEachArchiveNamesItsRows) {
                            u"select * from customer where ccuscode='Harbour'"}));
   EXPECT_EQ(pub_.CheckDirNoGrade(u"E5", 0), u"E5") << "a Null name not answered is harmless";
   EXPECT_KAVRIN_ERROR(pub_.CheckDirNoGrade(u"E5", 0, true), errors::kInvalidUseOfNull);
-  EXPECT_KAVRIN_ERROR(pub_.CheckDirNoGrade(u"O'Brien", 5), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.CheckDirNoGrade(u"O'Brien", 5), errors::kProviderSyntax,
+                      testing::EngineSource());
 }
 
 TEST_F(UngradedChecks, CheckInvAnswersAnExistingCodeFromTheFirstItem) {
@@ -218,7 +219,8 @@ TEST_F(DepartmentChecks, BoundAndValuedDepartmentsByCodeThenName) {
   EXPECT_EQ(pub_.CheckAccDep(u""), u"") << "no blank test: both queries run";
   EXPECT_EQ(Sent().size(), 2u);
   EXPECT_KAVRIN_ERROR(pub_.CheckAccDep(u"05", true), errors::kInvalidUseOfNull);
-  EXPECT_KAVRIN_ERROR(pub_.CheckAssDep(u"O'Brien"), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.CheckAssDep(u"O'Brien"), errors::kProviderSyntax,
+                      testing::EngineSource());
 }
 
 TEST_F(DepartmentChecks, CheckWareDepScansDepartmentsUntilOneMixesStyles) {
@@ -235,7 +237,7 @@ TEST_F(DepartmentChecks, CheckWareDepScansDepartmentsUntilOneMixesStyles) {
   EXPECT_TRUE(pub_.CheckWareDep());
   EXPECT_EQ(Sent().size(), 2u + 4u) << "one query per department";
   Exec("INSERT INTO Warehouse (cWhCode, cDepCode) VALUES ('W7', 'O''B')");
-  EXPECT_KAVRIN_ERROR(pub_.CheckWareDep(), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.CheckWareDep(), errors::kProviderSyntax, testing::EngineSource());
   Exec("INSERT INTO Warehouse (cWhCode, cDepCode) VALUES ('W8', NULL)");
   ClearSent();
   EXPECT_FALSE(pub_.CheckWareDep()) << "an unbound warehouse";

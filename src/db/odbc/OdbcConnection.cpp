@@ -18,7 +18,7 @@ static_assert(sizeof(SQLWCHAR) == sizeof(char16_t), "the wide ODBC API must be U
 
 namespace {
 
-const String kSource = u"Kavrin.ODBC";
+const String kSource(sources::kOdbc);
 
 SQLWCHAR* Wide(const char16_t* text) {
   return reinterpret_cast<SQLWCHAR*>(const_cast<char16_t*>(text));
