@@ -1,5 +1,6 @@
 // The interface of clsPub in its fixed order, and late binding over it.
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include "component/CallArguments.h"
@@ -76,7 +77,18 @@ constexpr P kGetCodeLen[] = {{u"strCode", kString}};
 using A = CallArguments;
 using M = InvokeKind;
 
-const MemberInfo kMembers[] = {
+// A member as MemberInfo describes it, with the call of the typed member.
+struct Member {
+  int number;
+  const char16_t* name;
+  InvokeKind kind;
+  std::span<const ParameterInfo> parameters;
+  VarType result;
+  Variant (*invoke)(clsPub& object, CallArguments& args);
+  const char16_t* object_type = nullptr;
+};
+
+constexpr Member kMembers[] = {
     {1, u"DBIA", M::PropertyGet, kNone0, kObject,
      [](clsPub& o, A&) { return Variant(std::shared_ptr<Dispatch>(o.DBIA())); }, u"KitDatabase"},
     {2, u"DBIA", M::PropertyPutRef, kDbiaPut, kNone,
@@ -188,11 +200,20 @@ const MemberInfo kMembers[] = {
      [](clsPub& o, A& a) { return Variant(o.GetCodeLen(a.Text(0))); }},
 };
 
+constexpr auto kMemberInfos = [] {
+  std::array<MemberInfo, std::size(kMembers)> infos{};
+  for (size_t i = 0; i < infos.size(); ++i) {
+    const Member& m = kMembers[i];
+    infos[i] = {m.number, m.name, m.kind, m.parameters, m.result, m.object_type};
+  }
+  return infos;
+}();
+
 bool IsPut(InvokeKind kind) {
   return kind == InvokeKind::PropertyPut || kind == InvokeKind::PropertyPutRef;
 }
 
-const MemberInfo* FindMember(StringView name, InvokeKind kind) {
+const Member* FindMember(StringView name, InvokeKind kind) {
   for (const auto& member : kMembers) {
     if (EqualsNoCase(member.name, name) && IsPut(member.kind) == IsPut(kind)) return &member;
   }
@@ -234,7 +255,7 @@ Error MemberNotFound(StringView type_name, StringView name, InvokeKind kind) {
   const MemberInfo* nearest = nullptr;
   size_t best = std::max<size_t>(2, name.size() / 3) + 1;
   for (const auto& member :
-       name.size() <= kLongest ? std::span(kMembers) : std::span<const MemberInfo>()) {
+       name.size() <= kLongest ? std::span(kMemberInfos) : std::span<const MemberInfo>()) {
     const size_t d = Distance(name, member.name);
     if (d < best && IsPut(member.kind) == IsPut(kind)) {
       best = d;
@@ -248,19 +269,19 @@ Error MemberNotFound(StringView type_name, StringView name, InvokeKind kind) {
 }  // namespace
 
 std::span<const MemberInfo> clsPub::Members() {
-  return kMembers;
+  return kMemberInfos;
 }
 
 Variant clsPub::Invoke(StringView name, InvokeKind kind, std::span<Variant> args) {
-  const MemberInfo* member = FindMember(name, kind);
-  if (!member || !member->invoke) throw MemberNotFound(TypeName(), name, kind);
-  CallArguments arguments(args, *member);
+  const Member* member = FindMember(name, kind);
+  if (!member) throw MemberNotFound(TypeName(), name, kind);
+  CallArguments arguments(args, kMemberInfos[static_cast<size_t>(member - kMembers)]);
   return member->invoke(*this, arguments);
 }
 
 std::shared_ptr<Dispatch> CreateObject(StringView prog_id) {
   if (EqualsNoCase(prog_id, identifiers::kProgId)) return std::make_shared<clsPub>();
-  throw Error::Standard(429, u"Kavrin");
+  throw Error::Runtime(errors::kCannotCreateObject);
 }
 
 }  // namespace kavrin

@@ -83,13 +83,14 @@ TEST(Dialect, AnswersAsTheServerDoesAndRunsNothingButReads) {
   for (const auto& [sql, expected] : cases)
     EXPECT_EQ(Rows(c->Query(FromUtf8("select " + sql))), expected) << sql;
   EXPECT_KAVRIN_ERROR(Rows(c->Query(FromUtf8("select right(cMonth,-1)" + a1))),
-                      errors::kProviderSyntax);
+                      errors::kProviderSyntax, testing::EngineSource());
   // A statement that reads yet would write is refused by the engine itself.
   for (const char16_t* sql : {u"DELETE FROM Warehouse", u"   "})
-    EXPECT_KAVRIN_ERROR(c->Query(sql)->Next(), errors::kProviderSyntax);
+    EXPECT_KAVRIN_ERROR(c->Query(sql)->Next(), errors::kProviderSyntax, testing::EngineSource());
   EXPECT_KAVRIN_ERROR(c->Query(u"select * into WarehouseCopy from Warehouse"),
-                      errors::kProviderSyntax);
-  EXPECT_KAVRIN_ERROR(c->Query(u"select * from WarehouseCopy"), errors::kProviderNoTable);
+                      errors::kProviderSyntax, testing::EngineSource());
+  EXPECT_KAVRIN_ERROR(c->Query(u"select * from WarehouseCopy"), errors::kProviderNoTable,
+                      testing::EngineSource());
   // A cursor outlives its connection, and names its columns as the statement does.
   auto cursor = db::Open(suite.ConnectionString())
                     ->Query(u"SELECT MAX(iPeriod) AS CurMonth, min(iPeriod) as name FROM GL_mEnd");

@@ -20,7 +20,7 @@ static_assert(sizeof(SQLWCHAR) == sizeof(char16_t), "the wide ODBC API must be U
 
 namespace {
 
-const String kSource = u"Kavrin.ODBC";
+const String kSource(sources::kOdbc);
 
 std::atomic<uint64_t> statements_sent{0};
 
