@@ -1,8 +1,5 @@
 #include "Cases.h"
 
-#include <stdexcept>
-
-#include "db/sqlite/Dialect.h"
 #include "kavrin/Convert.h"
 
 namespace kavrin::bench {
@@ -37,69 +34,6 @@ std::string Quoted(const std::string& text) {
 }
 
 }  // namespace
-
-Floor::Floor(const std::string& path) {
-  if (sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK ||
-      db::sqlite::RegisterDialect(db_) != SQLITE_OK) {
-    throw std::runtime_error("cannot open " + path);
-  }
-}
-
-Floor::~Floor() {
-  sqlite3_close(db_);
-}
-
-sqlite3_stmt* Floor::Prepare(const std::string& sql) {
-  sqlite3_stmt* stmt = nullptr;
-  if (sqlite3_prepare_v2(db_, sql.c_str(), static_cast<int>(sql.size()), &stmt, nullptr) !=
-      SQLITE_OK) {
-    throw std::runtime_error(sql + ": " + sqlite3_errmsg(db_));
-  }
-  return stmt;
-}
-
-void Floor::ReadRow(sqlite3_stmt* stmt) {
-  for (int i = 0, n = sqlite3_column_count(stmt); i < n; ++i) {
-    switch (sqlite3_column_type(stmt, i)) {
-      case SQLITE_INTEGER:
-        sqlite3_column_int64(stmt, i);
-        break;
-      case SQLITE_FLOAT:
-        sqlite3_column_double(stmt, i);
-        break;
-      case SQLITE_NULL:
-        break;
-      default:
-        sqlite3_column_text(stmt, i);
-    }
-  }
-}
-
-bool Floor::Find(const std::string& sql) {
-  sqlite3_stmt* stmt = Prepare(sql);
-  const bool row = sqlite3_step(stmt) == SQLITE_ROW;
-  if (row) ReadRow(stmt);
-  sqlite3_finalize(stmt);
-  return row;
-}
-
-bool Floor::First(const std::string& sql) {
-  if (sent) sent->push_back(sql);
-  return Find(sql);
-}
-
-std::vector<std::string> Floor::All(const std::string& sql) {
-  if (sent) sent->push_back(sql);
-  sqlite3_stmt* stmt = Prepare(sql);
-  std::vector<std::string> firsts;
-  while (sqlite3_step(stmt) == SQLITE_ROW) {
-    ReadRow(stmt);
-    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
-    firsts.emplace_back(text ? text : "");
-  }
-  sqlite3_finalize(stmt);
-  return firsts;
-}
 
 std::vector<Case> MakeCases(const SuiteSize& size) {
   const int64_t mid = size.items / 2 + 1;    // an item of the second half

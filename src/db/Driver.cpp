@@ -27,14 +27,14 @@ std::unique_ptr<Connection> OpenAny(StringView connection_string, bool writable)
 #ifdef KAVRIN_WITH_ODBC
     return odbc::Connect(connection_string.substr(5), writable);
 #else
-    throw Error(errors::kProviderFailure, u"Kavrin",
+    throw Error(errors::kProviderFailure, String(sources::kComponent),
                 u"This build of Kavrin has no ODBC driver (configure with KAVRIN_WITH_ODBC=ON).");
 #endif
   }
   if (EndsWithNoCase(connection_string, u".db") || EndsWithNoCase(connection_string, u".sqlite")) {
     return sqlite::OpenFile(ToUtf8(connection_string), writable);
   }
-  throw Error(errors::kProviderFailure, u"Kavrin",
+  throw Error(errors::kProviderFailure, String(sources::kComponent),
               u"Unknown connection string: " + String(connection_string) +
                   u" (expected sqlite:PATH, a .db or .sqlite path, or odbc:...)");
 }

@@ -10,17 +10,12 @@ namespace kavrin::detail {
 
 namespace {
 
-constexpr int32_t kSyntaxError = 3077;
-constexpr int32_t kUnknownColumn = 3070;
-constexpr int32_t kCriteriaTypeMismatch = 3464;
-
 // The name a text column without a server collation is compared under: the
 // server's default, ignoring case and width.
 const String kDefaultCollationName = u"SQL_Latin1_General_CP1_CI_AS";
 
 [[noreturn]] void CriteriaTypeMismatch() {
-  throw Error(kCriteriaTypeMismatch, u"KitRecordset",
-              u"Data type mismatch in criteria expression.");
+  throw Error::Standard(errors::kCriteriaTypeMismatch, sources::kKitRecordset);
 }
 
 // A column value as the server holds it for a numeric comparison: a bit is
@@ -36,8 +31,7 @@ double AsServerNumber(const Variant& value) {
 }
 
 [[noreturn]] void SyntaxError(StringView criteria) {
-  throw Error(kSyntaxError, u"KitRecordset",
-              u"Syntax error in criteria expression: " + String(criteria));
+  throw Error::Standard(errors::kCriteriaSyntax, sources::kKitRecordset, criteria);
 }
 
 // Reads criteria token by token, as the kit's expressions are written:
@@ -164,9 +158,7 @@ BoundCriteria::BoundCriteria(StringView criteria, const std::vector<db::ColumnIn
     while (column < columns.size() && !EqualsNoCase(columns[column].name, comparison.column))
       ++column;
     if (column == columns.size()) {
-      throw Error(kUnknownColumn, u"KitRecordset",
-                  u"The kit does not recognize '" + comparison.column +
-                      u"' as a valid field name or expression.");
+      throw Error::Standard(errors::kUnknownColumn, sources::kKitRecordset, comparison.column);
     }
     const db::ColumnInfo& info = columns[column];
     const auto collation = db::CollationFromName(info.collation);

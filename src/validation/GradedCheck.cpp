@@ -143,7 +143,7 @@ String clsPub::CheckDirGrade(const String& cString, bool IsEnd, int16_t iType, b
   // Every call first makes sure the archive has rows. Nothing opened here is
   // closed: the table is dropped on return and the lookup stays open.
   auto table = data::OpenKit(Database(), found ? found->table : queried->table);
-  if (table->RecordCount() == 0) return {};
+  if (data::HoldsNoRow(*table)) return {};  // from the first row: the archive is not counted
   if (found) return FindInTable(*table, *found, cString, IsEnd, IsReturnName);
   return QueryByCodeThenName(Database(), Lookup(), *table, *queried, cString, IsEnd, IsReturnName);
 }

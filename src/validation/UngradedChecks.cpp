@@ -93,7 +93,9 @@ String clsPub::CheckDirNoGrade(const String& cString, int16_t iType, bool IsRetu
 String clsPub::CheckInv(const String& cString, bool IsReturnName) {
   if (Trim(cString).empty()) return {};
   auto table = data::OpenKit(Database(), kInventory.table);
-  if (table->RecordCount() == 0) {
+  // Only whether the inventory has a row matters here: the record set knows
+  // that from its first row, without counting the archive.
+  if (data::HoldsNoRow(*table)) {
     table->Close();
     return {};
   }

@@ -93,6 +93,7 @@ TEST(Dialect, AnswersAsTheServerDoesAndRunsNothingButReads) {
       ADD_FAILURE() << call;
     } catch (const Error& e) {
       EXPECT_EQ(e.number(), errors::kProviderSyntax) << call;
+      EXPECT_EQ(e.source(), testing::EngineSource()) << call;
       EXPECT_NE(ToUtf8(e.description())
                     .find("Invalid length parameter passed to the " + function + " function."),
                 std::string::npos)
@@ -101,10 +102,11 @@ TEST(Dialect, AnswersAsTheServerDoesAndRunsNothingButReads) {
   }
   // A statement that reads yet would write is refused by the engine itself.
   for (const char16_t* sql : {u"DELETE FROM Warehouse", u"   "})
-    EXPECT_KAVRIN_ERROR(c->Query(sql)->Next(), errors::kProviderSyntax);
+    EXPECT_KAVRIN_ERROR(c->Query(sql)->Next(), errors::kProviderSyntax, testing::EngineSource());
   EXPECT_KAVRIN_ERROR(c->Query(u"select * into WarehouseCopy from Warehouse"),
-                      errors::kProviderSyntax);
-  EXPECT_KAVRIN_ERROR(c->Query(u"select * from WarehouseCopy"), errors::kProviderNoTable);
+                      errors::kProviderSyntax, testing::EngineSource());
+  EXPECT_KAVRIN_ERROR(c->Query(u"select * from WarehouseCopy"), errors::kProviderNoTable,
+                      testing::EngineSource());
   // A cursor outlives its connection, and names its columns as the statement does.
   auto cursor = db::Open(suite.ConnectionString())
                     ->Query(u"SELECT MAX(iPeriod) AS CurMonth, min(iPeriod) as name FROM GL_mEnd");

@@ -4,11 +4,13 @@
 #include <sqlext.h>
 #include <sqlucode.h>
 
+#include <atomic>
 #include <cstdio>
 #include <optional>
 
 #include "db/DeclaredType.h"
 #include "db/SqlLexer.h"
+#include "db/odbc/PostgresTable.h"
 #include "kavrin/Error.h"
 #include "kavrin/OleDate.h"
 
@@ -18,7 +20,9 @@ static_assert(sizeof(SQLWCHAR) == sizeof(char16_t), "the wide ODBC API must be U
 
 namespace {
 
-const String kSource = u"Kavrin.ODBC";
+const String kSource(sources::kOdbc);
+
+std::atomic<uint64_t> statements_sent{0};
 
 SQLWCHAR* Wide(const char16_t* text) {
   return reinterpret_cast<SQLWCHAR*>(const_cast<char16_t*>(text));
@@ -348,6 +352,10 @@ class OdbcConnection final : public Connection {
       // Literals are read as the statement splitter reads them, and a reading
       // session cannot write whatever a statement tries.
       Execute(u"SET standard_conforming_strings = on", timeouts_.query_seconds);
+      // Every sequential scan starts at the table's first page, so that
+      // SELECT * gives the rows in the order tables are read by key.
+      Execute(u"SET synchronize_seqscans = off", timeouts_.query_seconds);
+      tables_.emplace(*this);
       if (!writable_) {
         Execute(u"SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY", timeouts_.query_seconds);
       }
@@ -388,6 +396,10 @@ class OdbcConnection final : public Connection {
   String Engine() const override { return u"odbc"; }
   String Dbms() const override { return dbms_; }
 
+  std::unique_ptr<Table> OpenTable(StringView name) override {
+    return tables_ ? tables_->Open(name) : nullptr;
+  }
+
  private:
   SQLHDBC Dbc() const { return session_->dbc.get(); }
 
@@ -420,6 +432,7 @@ class OdbcConnection final : public Connection {
     SQLSetStmtAttrW(stmt.get(), SQL_ATTR_QUERY_TIMEOUT,
                     reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(timeout_seconds)), 0);
     const String text(sql);
+    statements_sent.fetch_add(1, std::memory_order_relaxed);
     const SQLRETURN rc =
         SQLExecDirectW(stmt.get(), Wide(text.data()), static_cast<SQLINTEGER>(text.size()));
     Check(stmt, rc, u"running a statement");
@@ -466,9 +479,14 @@ class OdbcConnection final : public Connection {
   String dbms_;
   SqlProfile quoting_ = kStandardProfile;
   bool folds_names_to_lower_ = false;
+  std::optional<PostgresTables> tables_;  // on PostgreSQL
 };
 
 }  // namespace
+
+uint64_t StatementsSent() {
+  return statements_sent.load(std::memory_order_relaxed);
+}
 
 std::unique_ptr<Connection> Connect(StringView connection_string, bool writable,
                                     const Timeouts& timeouts) {

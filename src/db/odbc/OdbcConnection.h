@@ -3,6 +3,7 @@
 // PostgreSQL through psqlODBC.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "db/Driver.h"
@@ -26,5 +27,9 @@ struct Timeouts {
 // the driver cannot connect.
 std::unique_ptr<Connection> Connect(StringView connection_string, bool writable,
                                     const Timeouts& timeouts = {});
+
+// How many statements this process has sent to servers through ODBC, each
+// one round trip: what the benchmark counts per call.
+uint64_t StatementsSent();
 
 }  // namespace kavrin::db::odbc

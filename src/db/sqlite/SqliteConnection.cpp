@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 
@@ -16,13 +17,21 @@ namespace kavrin::db::sqlite {
 
 namespace {
 
-const String kSource = u"Kavrin.SQLite";
+const String kSource(sources::kSqlite);
 
 // How long a statement waits for a writer's lock before failing.
 constexpr int kBusyTimeoutMs = 2000;
 // How many virtual-machine steps the engine takes between two looks at the
 // running statement's deadline.
 constexpr int kProgressSteps = 1000;
+
+// An open database handle, closed when the last owner lets go of it. A
+// statement still open keeps the engine's connection alive until it is
+// finalized, as sqlite3_close_v2 allows.
+struct CloseDatabase {
+  void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
+};
+using DatabaseHandle = std::unique_ptr<sqlite3, CloseDatabase>;
 
 [[noreturn]] void Fail(sqlite3* db, int rc) {
   const int primary = rc & 0xFF;
@@ -344,16 +353,17 @@ class SqliteTable final : public Table {
 
 class SqliteConnection final : public Connection {
  public:
-  SqliteConnection(sqlite3* db, bool writable, bool utf8, std::chrono::milliseconds time_limit)
-      : db_(db),
+  SqliteConnection(DatabaseHandle db, bool writable, bool utf8,
+                   std::chrono::milliseconds time_limit)
+      : handle_(std::move(db)),
+        db_(handle_.get()),
         writable_(writable),
         utf8_(utf8),
-        describer_(db),
+        describer_(db_),
         watchdog_(std::make_shared<Watchdog>(time_limit)) {
     if (!writable_)
       sqlite3_progress_handler(db_, kProgressSteps, Watchdog::Expired, watchdog_.get());
   }
-  ~SqliteConnection() override { sqlite3_close_v2(db_); }
 
   std::unique_ptr<Cursor> Query(StringView sql) override {
     watchdog_->Start();  // preparing counts too: a statement's time starts here
@@ -477,7 +487,8 @@ class SqliteConnection final : public Connection {
     return shape;
   }
 
-  sqlite3* db_;
+  DatabaseHandle handle_;
+  sqlite3* db_;  // handle_'s, for the engine's calls
   bool writable_;
   bool utf8_;
   Describer describer_;
@@ -525,22 +536,16 @@ bool Configure(sqlite3* db, bool writable) {
 
 std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable,
                                      std::chrono::milliseconds time_limit) {
-  sqlite3* db = nullptr;
+  sqlite3* opened = nullptr;
   const int flags = writable ? (SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) : SQLITE_OPEN_READONLY;
-  const int rc = sqlite3_open_v2(path.c_str(), &db, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
+  const int rc = sqlite3_open_v2(path.c_str(), &opened, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
+  DatabaseHandle db(opened);  // even a failed open gives a handle to close
   if (rc != SQLITE_OK) {
-    const String message = FromUtf8(db ? sqlite3_errmsg(db) : sqlite3_errstr(rc));
-    sqlite3_close_v2(db);
+    const String message = FromUtf8(db ? sqlite3_errmsg(db.get()) : sqlite3_errstr(rc));
     throw Error(errors::kProviderFailure, kSource, message + u": " + FromUtf8(path));
   }
-  bool utf8 = false;
-  try {
-    utf8 = Configure(db, writable);
-  } catch (...) {
-    sqlite3_close_v2(db);
-    throw;
-  }
-  return std::make_unique<SqliteConnection>(db, writable, utf8, time_limit);
+  const bool utf8 = Configure(db.get(), writable);
+  return std::make_unique<SqliteConnection>(std::move(db), writable, utf8, time_limit);
 }
 
 }  // namespace kavrin::db::sqlite
