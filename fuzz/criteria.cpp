@@ -9,8 +9,7 @@ using namespace kavrin;
 
 namespace {
 
-// Criteria it cannot read, an unknown column, a type mismatch.
-constexpr int32_t kCriteriaSyntax = 3077, kUnknownColumn = 3070, kCriteriaTypeMismatch = 3464;
+using errors::kCriteriaSyntax, errors::kCriteriaTypeMismatch, errors::kUnknownColumn;
 
 // Whether a search with `criteria` ran (it fails only with the criteria errors).
 bool Searched(KitRecordset& rs, const String& criteria) {

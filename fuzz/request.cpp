@@ -28,7 +28,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       FUZZ_CHECK(answer["usage"].is_string(), line);
     } else {
       FUZZ_CHECK(answer.contains("error") && answer["error"]["number"].is_number_integer(), line);
-      FUZZ_CHECK(fuzz::IsKnownErrorNumber(answer["error"]["number"].get<int32_t>()), written);
+      const json& error = answer["error"];
+      FUZZ_CHECK(fuzz::IsCataloguedError(Error(error["number"].get<int32_t>(),
+                                               FromUtf8(error["source"].get<std::string>()), {})),
+                 written);
       FUZZ_CHECK(answer.contains("args") && answer["args"].is_array(), line);
     }
   }

@@ -8,8 +8,10 @@
 // 3265 an unknown field, 3704 using a closed record set, 3705 opening an open
 // one, 3709 opening without a connection; the engine's own errors otherwise.
 //
-// Objects are shared (std::shared_ptr); Fields and Field are small handles
-// that read the record set's current row at the moment they are asked.
+// Connection and Recordset are shared (std::shared_ptr) and not copyable: a
+// copy would silently share the cursor. Fields and Field are small copyable
+// handles onto their record set: every copy reads the record set's current
+// row at the moment it is asked, and keeps the record set's rows alive.
 // Thread-safety: none; use an object from one thread at a time.
 //
 // The C library defines EOF as a macro, so the flags are spelled Bof()/Eof()
@@ -29,6 +31,7 @@ namespace kavrin {
 namespace detail {
 struct ConnectionState;
 struct RecordsetState;
+class Access;
 }  // namespace detail
 
 namespace ado {
@@ -49,8 +52,9 @@ class KAVRIN_API Connection : public Dispatch {
   // Recordset::Open on this connection, in order, exactly as passed.
   using TraceObserver = std::function<void(StringView source)>;
 
-  explicit Connection(std::shared_ptr<detail::ConnectionState> state);
   ~Connection() override;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
 
   // Installs (or, with nullptr, removes) the trace observer.
   void SetTrace(TraceObserver observer);
@@ -58,10 +62,10 @@ class KAVRIN_API Connection : public Dispatch {
   String TypeName() const override { return u"Connection"; }
   Variant Invoke(StringView name, InvokeKind kind, std::span<Variant> args) override;
 
-  // Engine access for the platform layer.
-  detail::ConnectionState& state() const { return *state_; }
-
  private:
+  friend class detail::Access;
+  explicit Connection(std::shared_ptr<detail::ConnectionState> state);
+
   std::shared_ptr<detail::ConnectionState> state_;
 };
 
@@ -70,12 +74,14 @@ class Recordset;
 // One column of a record set's current row.
 class KAVRIN_API Field {
  public:
-  Field(std::shared_ptr<detail::RecordsetState> state, size_t index);
   String Name() const;
   // The value in the current row. Throws 3021 when there is no current row.
   Variant Value() const;
 
  private:
+  friend class Fields;
+  Field(std::shared_ptr<detail::RecordsetState> state, size_t index);
+
   std::shared_ptr<detail::RecordsetState> state_;
   size_t index_;
 };
@@ -83,7 +89,6 @@ class KAVRIN_API Field {
 // The columns of a record set.
 class KAVRIN_API Fields {
  public:
-  explicit Fields(std::shared_ptr<detail::RecordsetState> state);
   int32_t Count() const;
   // The column named `name` (letter case ignored). Throws 3265 when there is none.
   Field Item(StringView name) const;
@@ -93,6 +98,9 @@ class KAVRIN_API Fields {
   Field operator()(int32_t index) const { return Item(index); }
 
  private:
+  friend class Recordset;
+  explicit Fields(std::shared_ptr<detail::RecordsetState> state);
+
   std::shared_ptr<detail::RecordsetState> state_;
 };
 
@@ -101,6 +109,8 @@ class KAVRIN_API Recordset : public Dispatch {
   // A closed record set with a server-side cursor location.
   Recordset();
   ~Recordset() override;
+  Recordset(const Recordset&) = delete;
+  Recordset& operator=(const Recordset&) = delete;
 
   int32_t CursorLocation() const;
   void CursorLocation(int32_t location);
@@ -124,15 +134,13 @@ class KAVRIN_API Recordset : public Dispatch {
   int32_t RecordCount() const;
   // Closes; closing a closed record set does nothing.
   void Close();
-  bool IsOpen() const;
 
   String TypeName() const override { return u"Recordset"; }
   Variant Invoke(StringView name, InvokeKind kind, std::span<Variant> args) override;
 
-  // The shared row state, for the kit built on top of this record set.
-  const std::shared_ptr<detail::RecordsetState>& state() const { return state_; }
-
  private:
+  friend class detail::Access;
+
   std::shared_ptr<detail::RecordsetState> state_;
 };
 

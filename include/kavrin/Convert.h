@@ -1,6 +1,6 @@
 // The platform's conversions between Variant types.
 //
-// These follow the original runtime's rules exactly, failures included:
+// These follow the platform's rules exactly, failures included:
 //   - Null converts to nothing but Null: every conversion below fails with
 //     Error 94 (invalid use of Null) when given Null.
 //   - A text that is not a number fails a numeric conversion with Error 13.
@@ -38,8 +38,9 @@ KAVRIN_API bool ToBoolean(const Variant& v);
 KAVRIN_API Date ToDate(const Variant& v);
 
 // Reads a text as a number with the platform's text-to-number rules: outer
-// white space, one sign leading or trailing, parentheses for negative, ","
-// anywhere after the first digit, one ".", an exponent, &H and &O prefixes.
+// white space, one sign and one currency sign "$" each leading or trailing,
+// parentheses for negative, "," anywhere after the first digit, one ".", an
+// exponent, &H and &O prefixes.
 // Throws 13 for anything else, 6 for an overflowing exponent.
 KAVRIN_API double ParseNumber(StringView text);
 // The same reading without throwing: false when the text is not a number.

@@ -10,7 +10,8 @@
 // the shipped one, over a SQLite file whose tables are the table definitions
 // and whose views are the stored queries.
 //
-// Objects are shared (std::shared_ptr); a Database is also a Dispatch, so it
+// Objects are shared (std::shared_ptr); a Database is not copyable (a copy
+// would share the open file). A Database is also a Dispatch, so it
 // travels in a Variant as an object and answers TableDefs(name),
 // QueryDefs(name), Name and Close by late binding. Thread-safety: none; one
 // thread at a time per object.
@@ -20,15 +21,17 @@
 #include <memory>
 
 #include "kavrin/Dispatch.h"
+#include "kavrin/Error.h"
 #include "kavrin/Export.h"
 #include "kavrin/String.h"
 #include "kavrin/Variant.h"
 
 namespace kavrin::dao {
 
-// DAO's numbers for the failures of a desktop database.
-inline constexpr int32_t kItemNotFound = 3265;   // Item not found in this collection.
-inline constexpr int32_t kObjectInvalid = 3420;  // Object invalid or no longer set.
+// DAO's numbers for the failures of a desktop database: 3265 "Item not found
+// in this collection.", 3420 "Object invalid or no longer set.".
+using errors::kItemNotFound;
+using errors::kObjectInvalid;
 
 // A table definition or a stored query definition found in a Database.
 class KAVRIN_API Definition final : public Dispatch {
@@ -54,6 +57,8 @@ class KAVRIN_API Definition final : public Dispatch {
 class KAVRIN_API Database : public Dispatch {
  public:
   ~Database() override;
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
 
   // Opens the SQLite file at `path` read-only. Throws Error with a provider
   // number when the file cannot be opened or is not a database.
@@ -71,6 +76,9 @@ class KAVRIN_API Database : public Dispatch {
 
   String TypeName() const override { return u"Database"; }
   Variant Invoke(StringView name, InvokeKind kind, std::span<Variant> args) override;
+
+ protected:
+  Database() = default;
 };
 
 }  // namespace kavrin::dao

@@ -16,8 +16,9 @@
 // that read every row when opened; when the data has changed since it read
 // what it holds, its next read goes on over the current data.
 //
-// Objects are shared (std::shared_ptr). Thread-safety: none; one thread at a
-// time per object. Separate KitDatabase objects are independent.
+// Objects are shared (std::shared_ptr) and not copyable: a copy would share
+// the connection or the cursor without saying so. Thread-safety: none; one
+// thread at a time per object. Separate KitDatabase objects are independent.
 #pragma once
 
 #include <cstdint>
@@ -41,6 +42,8 @@ class KAVRIN_API KitRecordset : public Dispatch {
   // Wraps an open ADO record set with a client cursor.
   explicit KitRecordset(std::shared_ptr<ado::Recordset> recordset);
   ~KitRecordset() override;
+  KitRecordset(const KitRecordset&) = delete;
+  KitRecordset& operator=(const KitRecordset&) = delete;
 
   // The ADO record set this wraps, on the same current row.
   std::shared_ptr<ado::Recordset> AdoRecordset() const { return recordset_; }
@@ -78,6 +81,8 @@ class KAVRIN_API KitDatabase : public Dispatch {
   // string has an unknown form or the database cannot be opened.
   explicit KitDatabase(StringView connection_string);
   ~KitDatabase() override;
+  KitDatabase(const KitDatabase&) = delete;
+  KitDatabase& operator=(const KitDatabase&) = delete;
 
   static std::shared_ptr<KitDatabase> Open(StringView connection_string) {
     return std::make_shared<KitDatabase>(connection_string);

@@ -10,9 +10,6 @@
 
 namespace kavrin {
 
-class clsPub;
-class CallArguments;
-
 struct ParameterInfo {
   const char16_t* name;
   VarType type;                           // VarType::Variant for a Variant, Object for an object
@@ -26,9 +23,7 @@ struct MemberInfo {
   const char16_t* name;
   InvokeKind kind;  // Method, PropertyGet or PropertyPutRef
   std::span<const ParameterInfo> parameters;
-  VarType result;  // VarType::Empty for a member without a result
-  // Calls the typed member; null while a member is not available.
-  Variant (*invoke)(clsPub& object, CallArguments& args) = nullptr;
+  VarType result;                         // VarType::Empty for a member without a result
   const char16_t* object_type = nullptr;  // the class of an object result or property
 };
 

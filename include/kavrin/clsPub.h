@@ -30,6 +30,7 @@
 #include <span>
 
 #include "kavrin/Dispatch.h"
+#include "kavrin/Error.h"
 #include "kavrin/Export.h"
 #include "kavrin/KitDatabase.h"
 #include "kavrin/Members.h"
@@ -251,12 +252,6 @@ KAVRIN_API std::shared_ptr<Dispatch> CreateObject(StringView prog_id);
 // The component's fixed identifiers.
 namespace identifiers {
 inline constexpr const char16_t* kProgId = u"Kavrin.clsPub";
-inline constexpr const char16_t* kClassId = u"{6E1B2F64-3C55-4B7B-9A2E-5D1F0C8A7B31}";
-inline constexpr const char16_t* kInterfaceId = u"{0F6B7E1A-9D24-4C3E-8B5F-2A7C4D9E6B02}";
-inline constexpr const char16_t* kLibraryId = u"{B3D9C0E5-71A8-4F26-A4C1-8E2F5B6D3A47}";
-inline constexpr const char16_t* kInterfaceName = u"_clsPub";
-inline constexpr uint16_t kTypeLibraryMajor = 1;
-inline constexpr uint16_t kTypeLibraryMinor = 0;
 }  // namespace identifiers
 
 }  // namespace kavrin

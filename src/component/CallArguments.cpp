@@ -1,30 +1,104 @@
 #include "component/CallArguments.h"
 
+#include <string>
+
 #include "kavrin/Convert.h"
 #include "runtime/Arguments.h"
 
 namespace kavrin {
 
 namespace {
+
 size_t RequiredCount(std::span<const ParameterInfo> parameters) {
   size_t required = 0;
   while (required < parameters.size() && !parameters[required].optional)
     ++required;
   return required;
 }
+
+String Number(size_t n) {
+  return FromUtf8(std::to_string(n));
+}
+
+// "Style As Byte", "DB As Database".
+String Declaration(const ParameterInfo& parameter) {
+  const String type =
+      parameter.object_type ? String(parameter.object_type) : TypeName(parameter.type);
+  return String(parameter.name) + u" As " + type;
+}
+
+// "the Long -1", "the String \"abc\"", "Null", "the Recordset".
+String Shown(const Variant& value) {
+  switch (value.type()) {
+    case VarType::Empty:
+    case VarType::Null:
+      return value.TypeName();
+    case VarType::Missing:
+      return u"an omitted argument";
+    case VarType::Object:
+    case VarType::Array:
+      return u"the " + value.TypeName();
+    case VarType::String: {
+      constexpr size_t kShown = 40;
+      const String& text = value.AsString();
+      return u"the String \"" + text.substr(0, kShown) + (text.size() > kShown ? u"…\"" : u"\"");
+    }
+    default:
+      return u"the " + value.TypeName() + u" " + ToString(value);
+  }
+}
+
+// "CodeToName takes at most 2 arguments (Code, Style), 3 were given".
+String CountDetail(const MemberInfo& member, size_t given) {
+  String names;
+  for (const auto& parameter : member.parameters)
+    names += (names.empty() ? u"" : u", ") + String(parameter.name);
+  const size_t max = member.parameters.size();
+  return String(member.name) + u" takes " +
+         (max == 0 ? String(u"no arguments")
+                   : u"at most " + Number(max) + (max == 1 ? u" argument (" : u" arguments (") +
+                         names + u")") +
+         u", " + Number(given) + (given == 1 ? u" was given" : u" were given");
+}
+
 }  // namespace
 
-CallArguments::CallArguments(std::span<Variant> args, std::span<const ParameterInfo> parameters)
-    : args_(args), converted_(args.size()) {
-  CheckArgumentCount(args, RequiredCount(parameters), parameters.size());
+Error WithDetail(const Error& cause, StringView detail) {
+  return Error(cause.number(), cause.source(), cause.description() + u": " + String(detail));
+}
+
+CallArguments::CallArguments(std::span<Variant> args, const MemberInfo& member)
+    : args_(args), member_(member), converted_(args.size()) {
+  const auto parameters = member.parameters;
+  try {
+    CheckArgumentCount(args, RequiredCount(parameters), parameters.size());
+  } catch (const Error& e) {
+    if (e.number() != errors::kArgumentNotOptional)
+      throw WithDetail(e, CountDetail(member, args.size()));
+    size_t missing = 0;
+    while (Given(missing))
+      ++missing;
+    throw ArgumentError(e, missing);
+  }
   // Every typed argument is coerced up front, left to right, so that the
   // first unreadable one is the one reported.
   for (size_t i = 0; i < args.size(); ++i) {
     const VarType type = parameters[i].type;
     if (Given(i) && type != VarType::Variant && type != VarType::Object) {
-      converted_[i] = ConvertTo(args[i], type);
+      try {
+        converted_[i] = ConvertTo(args[i], type);
+      } catch (const Error& e) {
+        throw ArgumentError(e, i);
+      }
     }
   }
+}
+
+Error CallArguments::ArgumentError(const Error& cause, size_t i) const {
+  String detail = u"argument " + Number(i + 1) + u" of " + String(member_.name) + u" (" +
+                  Declaration(member_.parameters[i]) + u")";
+  detail += Given(i) ? u" cannot take " + Shown(args_[i]) : String(u" is not optional");
+  return WithDetail(cause, detail);
 }
 
 CallArguments::~CallArguments() {

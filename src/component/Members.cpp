@@ -1,4 +1,8 @@
 // The interface of clsPub in its fixed order, and late binding over it.
+#include <algorithm>
+#include <array>
+#include <vector>
+
 #include "component/CallArguments.h"
 #include "kavrin/Dao.h"
 #include "kavrin/Error.h"
@@ -73,15 +77,23 @@ constexpr P kGetCodeLen[] = {{u"strCode", kString}};
 using A = CallArguments;
 using M = InvokeKind;
 
-const MemberInfo kMembers[] = {
+// A member as MemberInfo describes it, with the call of the typed member.
+struct Member {
+  int number;
+  const char16_t* name;
+  InvokeKind kind;
+  std::span<const ParameterInfo> parameters;
+  VarType result;
+  Variant (*invoke)(clsPub& object, CallArguments& args);
+  const char16_t* object_type = nullptr;
+};
+
+constexpr Member kMembers[] = {
     {1, u"DBIA", M::PropertyGet, kNone0, kObject,
      [](clsPub& o, A&) { return Variant(std::shared_ptr<Dispatch>(o.DBIA())); }, u"KitDatabase"},
     {2, u"DBIA", M::PropertyPutRef, kDbiaPut, kNone,
      [](clsPub& o, A& a) {
-       const auto& object = a.Value(0).AsObject();
-       auto db = std::dynamic_pointer_cast<KitDatabase>(object);
-       if (object && !db) throw Error::Runtime(errors::kTypeMismatch);
-       o.DBIA(std::move(db));
+       o.DBIA(a.ObjectOf<KitDatabase>(0));
        return Variant();
      }},
     {3, u"CheckDirGrade", M::Method, kCheckDirGrade, kString,
@@ -140,10 +152,7 @@ const MemberInfo kMembers[] = {
      [](clsPub& o, A& a) { return Variant(o.JustID2Code(a.Long(0))); }},
     {24, u"ExistTableQueryDAO", M::Method, kExistTableQueryDAO, kBoolean,
      [](clsPub& o, A& a) {
-       const auto& object = a.Value(0).AsObject();
-       auto db = std::dynamic_pointer_cast<dao::Database>(object);
-       if (object && !db) throw Error::Runtime(errors::kTypeMismatch);
-       return Variant(o.ExistTableQueryDAO(db, a.Text(1), a.Boolean(2)));
+       return Variant(o.ExistTableQueryDAO(a.ObjectOf<dao::Database>(0), a.Text(1), a.Boolean(2)));
      }},
     {25, u"CheckWareDep", M::Method, kNone0, kBoolean,
      [](clsPub& o, A&) { return Variant(o.CheckWareDep()); }},
@@ -191,33 +200,88 @@ const MemberInfo kMembers[] = {
      [](clsPub& o, A& a) { return Variant(o.GetCodeLen(a.Text(0))); }},
 };
 
+constexpr auto kMemberInfos = [] {
+  std::array<MemberInfo, std::size(kMembers)> infos{};
+  for (size_t i = 0; i < infos.size(); ++i) {
+    const Member& m = kMembers[i];
+    infos[i] = {m.number, m.name, m.kind, m.parameters, m.result, m.object_type};
+  }
+  return infos;
+}();
+
 bool IsPut(InvokeKind kind) {
   return kind == InvokeKind::PropertyPut || kind == InvokeKind::PropertyPutRef;
 }
 
-const MemberInfo* FindMember(StringView name, InvokeKind kind) {
+const Member* FindMember(StringView name, InvokeKind kind) {
   for (const auto& member : kMembers) {
     if (EqualsNoCase(member.name, name) && IsPut(member.kind) == IsPut(kind)) return &member;
   }
   return nullptr;
 }
 
+char16_t Folded(char16_t c) {
+  return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c;
+}
+
+// Edits (insert, delete, replace) between two names, letter case ignored.
+size_t Distance(StringView a, StringView b) {
+  std::vector<size_t> row(b.size() + 1);
+  for (size_t j = 0; j <= b.size(); ++j)
+    row[j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    size_t diagonal = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= b.size(); ++j) {
+      const size_t replaced = diagonal + (Folded(a[i - 1]) == Folded(b[j - 1]) ? 0 : 1);
+      diagonal = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+    }
+  }
+  return row[b.size()];
+}
+
+// 438 naming the member asked for and, when one is close enough to be a
+// slip of the keyboard, the member meant.
+Error MemberNotFound(StringView type_name, StringView name, InvokeKind kind) {
+  const Error error = Error::Standard(errors::kMemberNotFound, String(type_name));
+  constexpr size_t kLongest = 64;  // longer than any member's name: no suggestion, shown cut
+  String detail = String(type_name) + u" has no member " + String(name.substr(0, kLongest)) +
+                  (name.size() > kLongest ? u"…" : u"");
+  if (FindMember(name, IsPut(kind) ? InvokeKind::Method : InvokeKind::PropertyPut)) {
+    detail += IsPut(kind) ? u" that can be assigned" : u" that can be called";
+    return WithDetail(error, detail);
+  }
+  const MemberInfo* nearest = nullptr;
+  size_t best = std::max<size_t>(2, name.size() / 3) + 1;
+  for (const auto& member :
+       name.size() <= kLongest ? std::span(kMemberInfos) : std::span<const MemberInfo>()) {
+    const size_t d = Distance(name, member.name);
+    if (d < best && IsPut(member.kind) == IsPut(kind)) {
+      best = d;
+      nearest = &member;
+    }
+  }
+  if (nearest) detail += u"; did you mean " + String(nearest->name) + u"?";
+  return WithDetail(error, detail);
+}
+
 }  // namespace
 
 std::span<const MemberInfo> clsPub::Members() {
-  return kMembers;
+  return kMemberInfos;
 }
 
 Variant clsPub::Invoke(StringView name, InvokeKind kind, std::span<Variant> args) {
-  const MemberInfo* member = FindMember(name, kind);
-  if (!member || !member->invoke) ThrowMemberNotFound(TypeName(), name);
-  CallArguments arguments(args, member->parameters);
+  const Member* member = FindMember(name, kind);
+  if (!member) throw MemberNotFound(TypeName(), name, kind);
+  CallArguments arguments(args, kMemberInfos[static_cast<size_t>(member - kMembers)]);
   return member->invoke(*this, arguments);
 }
 
 std::shared_ptr<Dispatch> CreateObject(StringView prog_id) {
   if (EqualsNoCase(prog_id, identifiers::kProgId)) return std::make_shared<clsPub>();
-  throw Error::Standard(429, u"Kavrin");
+  throw Error::Runtime(errors::kCannotCreateObject);
 }
 
 }  // namespace kavrin

@@ -24,8 +24,7 @@ void clsPub::DBIA(std::shared_ptr<KitDatabase> value) {
 void clsPub::init(const String& /*DbFullPath*/, const String& /*cPassword*/) {
   // The host's connection is the one assigned to DBIA; the path and password
   // are deliberately not used to open another.
-  auto current = DBIA();
-  dbia_ = std::move(current);
+  DBIA();
 }
 
 KitDatabase& clsPub::Database() {

@@ -42,7 +42,7 @@ Switches TakeSwitches(StringView connection_string) {
       if (StartsWithNoCase(pair, kAttribute)) {
         const StringView value = pair.substr(kAttribute.size());
         if (value != u"0" && value != u"1") {
-          throw Error(errors::kProviderFailure, u"Kavrin",
+          throw Error(errors::kProviderFailure, String(sources::kComponent),
                       u"KavrinStatementCache takes 0 or 1, not " + String(value) + u".");
         }
         taken.statement_cache = value == u"1";
@@ -76,7 +76,7 @@ std::unique_ptr<Connection> OpenAny(StringView given, bool writable) {
 #ifdef KAVRIN_WITH_ODBC
     return odbc::Connect(connection_string.substr(5), writable, {}, cache);
 #else
-    throw Error(errors::kProviderFailure, u"Kavrin",
+    throw Error(errors::kProviderFailure, String(sources::kComponent),
                 u"This build of Kavrin has no ODBC driver (configure with KAVRIN_WITH_ODBC=ON).");
 #endif
   }
@@ -84,7 +84,7 @@ std::unique_ptr<Connection> OpenAny(StringView given, bool writable) {
     return sqlite::OpenFile(ToUtf8(connection_string), writable, sqlite::kStatementTimeLimit,
                             cache);
   }
-  throw Error(errors::kProviderFailure, u"Kavrin",
+  throw Error(errors::kProviderFailure, String(sources::kComponent),
               u"Unknown connection string: " + String(given) +
                   u" (expected sqlite:PATH, a .db or .sqlite path, or odbc:...)");
 }

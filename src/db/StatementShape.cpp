@@ -37,7 +37,7 @@ bool IsOperatorChar(char16_t c) {
 // The tokens of `sql`, or nothing when it holds what this reading does not
 // know for certain: comments, semicolons, parameter marks, an unterminated
 // quote, quoting that only some servers know, a NUL.
-std::optional<std::vector<Token>> Tokens(StringView sql, const SqlQuoting& quoting) {
+std::optional<std::vector<Token>> Tokens(StringView sql, const SqlProfile& quoting) {
   std::vector<Token> tokens;
   size_t at = 0;
   while (at < sql.size()) {
@@ -56,7 +56,7 @@ std::optional<std::vector<Token>> Tokens(StringView sql, const SqlQuoting& quoti
       while (at < sql.size() && (IsWordPart(sql[at]) || sql[at] == u'.'))
         ++at;
       kind = Kind::Number;
-    } else if (c == u'\'' || c == u'"' || (c == u'[' && quoting.brackets)) {
+    } else if (c == u'\'' || c == u'"' || (c == u'[' && quoting.bracket_names)) {
       const char16_t close = c == u'[' ? u']' : c;
       const bool doubles = c != u'[';
       for (++at;; ++at) {
@@ -187,7 +187,7 @@ std::optional<int64_t> WholeNumber(StringView token) {
 
 }  // namespace
 
-std::optional<StatementShape> ShapeOf(StringView sql, const SqlQuoting& quoting) {
+std::optional<StatementShape> ShapeOf(StringView sql, const SqlProfile& quoting) {
   auto tokens = Tokens(sql, quoting);
   if (!tokens || tokens->empty()) return std::nullopt;
   const auto text_of = [&](const Token& t) { return sql.substr(t.begin, t.end - t.begin); };

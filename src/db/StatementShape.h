@@ -18,7 +18,7 @@
 #include <variant>
 #include <vector>
 
-#include "db/SqlText.h"
+#include "db/SqlLexer.h"
 #include "kavrin/String.h"
 
 namespace kavrin::db {
@@ -30,6 +30,6 @@ struct StatementShape {
 
 // The shape of `sql`, a single SELECT read with the server's `quoting`, or
 // nullopt when the text is not one that splits cleanly.
-std::optional<StatementShape> ShapeOf(StringView sql, const SqlQuoting& quoting);
+std::optional<StatementShape> ShapeOf(StringView sql, const SqlProfile& quoting);
 
 }  // namespace kavrin::db

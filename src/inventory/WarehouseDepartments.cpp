@@ -15,9 +15,9 @@ namespace {
 constexpr size_t kCodeColumnWidth = 15;
 
 // The form's list control, reached by late binding only: a value that is no
-// object cannot be called (13), an empty reference has nothing to call (91).
+// object cannot be called (424), an empty reference has nothing to call (91).
 Dispatch& ListControl(const Variant& Cbo) {
-  if (!Cbo.IsObject()) throw Error::Runtime(errors::kTypeMismatch);
+  if (!Cbo.IsObject()) throw Error::Runtime(errors::kObjectRequired);
   if (!Cbo.AsObject()) throw Error::Runtime(errors::kObjectNotSet);
   return *Cbo.AsObject();
 }

@@ -1,15 +1,17 @@
 #include "kavrin/Ado.h"
 
+#include <algorithm>
+
+#include "db/SqlLexer.h"
 #include "kavrin/Error.h"
-#include "platform/State.h"
+#include "platform/Access.h"
 
 namespace kavrin {
 
 namespace {
-const String kRecordsetSource = u"ADODB.Recordset";
-const String kFieldsSource = u"ADODB.Fields";
-const String kFieldSource = u"ADODB.Field";
-constexpr int32_t kObjectOpen = 3705;
+constexpr StringView kRecordsetSource = sources::kAdoRecordset;
+constexpr StringView kFieldsSource = sources::kAdoFields;
+constexpr StringView kFieldSource = sources::kAdoField;
 }  // namespace
 
 namespace detail {
@@ -36,14 +38,15 @@ String SelectAllFrom(StringView table) {
 }
 
 bool IsBareTableName(StringView source) {
-  if (source.empty()) return false;
-  for (char16_t c : source) {
-    const bool word = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ||
-                      (c >= u'0' && c <= u'9') || c == u'_' || c == u'$' || c == u'#' ||
-                      c == u'.' || c >= 0x80;
-    if (!word) return false;
-  }
-  return !(source[0] >= u'0' && source[0] <= u'9');
+  // Words joined by dots (dbo.Inventory), nothing else: no blanks, quotes or
+  // operators.
+  const auto tokens = db::Tokenize(source, db::kKitProfile);
+  const auto is_word = [](const db::SqlToken& token) { return token.kind == db::TokenKind::Word; };
+  return !tokens.empty() && is_word(tokens.front()) && is_word(tokens.back()) &&
+         std::ranges::all_of(tokens, [&](const db::SqlToken& token) {
+           return is_word(token) ||
+                  (token.kind == db::TokenKind::Operator && token.In(source) == u".");
+         });
 }
 
 }  // namespace detail
@@ -107,10 +110,10 @@ void Recordset::CursorLocation(int32_t location) {
 
 void Recordset::Open(StringView source, const std::shared_ptr<Connection>& active_connection,
                      int32_t /*cursor_type*/, int32_t /*lock_type*/, int32_t options) {
-  if (state_->open) throw Error::Standard(kObjectOpen, kRecordsetSource);
+  if (state_->open) throw Error::Standard(errors::kObjectOpen, kRecordsetSource);
   if (!active_connection) throw Error::Standard(errors::kNoConnection, kRecordsetSource);
   const String sql = options == adCmdTable ? detail::SelectAllFrom(source) : String(source);
-  auto& connection = active_connection->state();
+  auto& connection = detail::Access::State(*active_connection);
   connection.Trace(source);
   state_->Assign(detail::OpenStatement(connection, sql));
   state_->counts_rows = state_->cursor_location == adUseClient;
@@ -158,10 +161,6 @@ void Recordset::Close() {
   state_->open = false;
   state_->rows.reset();
   state_->columns.clear();
-}
-
-bool Recordset::IsOpen() const {
-  return state_->open;
 }
 
 }  // namespace ado

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "db/SqlLexer.h"
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
 
@@ -9,17 +10,12 @@ namespace kavrin::detail {
 
 namespace {
 
-constexpr int32_t kSyntaxError = 3077;
-constexpr int32_t kUnknownColumn = 3070;
-constexpr int32_t kCriteriaTypeMismatch = 3464;
-
 // The name a text column without a server collation is compared under: the
 // server's default, ignoring case and width.
 const String kDefaultCollationName = u"SQL_Latin1_General_CP1_CI_AS";
 
 [[noreturn]] void CriteriaTypeMismatch() {
-  throw Error(kCriteriaTypeMismatch, u"KitRecordset",
-              u"Data type mismatch in criteria expression.");
+  throw Error::Standard(errors::kCriteriaTypeMismatch, sources::kKitRecordset);
 }
 
 // A column value as the server holds it for a numeric comparison: a bit is
@@ -35,100 +31,108 @@ double AsServerNumber(const Variant& value) {
 }
 
 [[noreturn]] void SyntaxError(StringView criteria) {
-  throw Error(kSyntaxError, u"KitRecordset",
-              u"Syntax error in criteria expression: " + String(criteria));
+  throw Error::Standard(errors::kCriteriaSyntax, sources::kKitRecordset, criteria);
 }
 
+// Reads criteria token by token, as the kit's expressions are written:
+// [names] or plain ones, 'texts' with doubled quotes, numbers, True and False.
+// Blanks are spaces and tabs alone.
 class Reader {
  public:
-  explicit Reader(StringView text) : text_(text) {}
-
-  void SkipBlanks() {
-    while (pos_ < text_.size() && (text_[pos_] == u' ' || text_[pos_] == u'\t'))
-      ++pos_;
+  explicit Reader(StringView text) : text_(text) {
+    for (const db::SqlToken& token : db::Tokenize(text, db::kKitProfile)) {
+      if (!token.terminated || (token.kind == db::TokenKind::Blanks &&
+                                token.In(text).find_first_not_of(u" \t") != StringView::npos)) {
+        readable_ = false;
+      }
+      tokens_.push_back(token);
+    }
   }
+
+  // False for a text that holds an unterminated literal or name, or a blank
+  // that is neither a space nor a tab.
+  bool Readable() const { return readable_; }
   bool AtEnd() {
     SkipBlanks();
-    return pos_ >= text_.size();
+    return pos_ >= tokens_.size();
   }
-  bool Accept(StringView token) {
+  bool Accept(StringView op) {
     SkipBlanks();
-    if (text_.substr(pos_, token.size()) != token) return false;
-    pos_ += token.size();
-    return true;
-  }
-  // A keyword such as AND: letters in any case, not followed by a word character.
-  bool AcceptKeyword(StringView keyword) {
-    SkipBlanks();
-    if (pos_ + keyword.size() > text_.size() ||
-        !EqualsNoCase(text_.substr(pos_, keyword.size()), keyword)) {
+    if (pos_ >= tokens_.size() || tokens_[pos_].kind != db::TokenKind::Operator ||
+        tokens_[pos_].In(text_) != op) {
       return false;
     }
-    const size_t end = pos_ + keyword.size();
-    if (end < text_.size() && IsWordChar(text_[end])) return false;
-    pos_ = end;
+    ++pos_;
     return true;
   }
+  // A keyword such as AND, in any case.
+  bool AcceptKeyword(StringView keyword) {
+    SkipBlanks();
+    if (pos_ >= tokens_.size() || tokens_[pos_].kind != db::TokenKind::Word ||
+        !EqualsNoCase(tokens_[pos_].In(text_), keyword)) {
+      return false;
+    }
+    ++pos_;
+    return true;
+  }
+  // A [name], a word, or a run of digits and letters; empty when none stands here.
   String Identifier() {
     SkipBlanks();
-    if (Accept(u"[")) {
-      const size_t close = text_.find(u']', pos_);
-      if (close == StringView::npos) return {};
-      String name(text_.substr(pos_, close - pos_));
-      pos_ = close + 1;
-      return name;
-    }
-    const size_t start = pos_;
-    while (pos_ < text_.size() && IsWordChar(text_[pos_]))
-      ++pos_;
-    return String(text_.substr(start, pos_ - start));
+    if (pos_ >= tokens_.size()) return {};
+    const db::SqlToken& token = tokens_[pos_];
+    const StringView text = token.In(text_);
+    const bool plain =
+        token.kind == db::TokenKind::Word ||
+        (token.kind == db::TokenKind::Number && text.find_first_of(u".+-") == StringView::npos);
+    if (!plain && token.kind != db::TokenKind::QuotedName) return {};
+    ++pos_;
+    return String(token.ValueIn(text_));
   }
   // A quoted text, a number, True or False; nullopt when none stands here.
   std::optional<Variant> Literal() {
     SkipBlanks();
-    if (Accept(u"'")) {
-      String value;
-      while (pos_ < text_.size()) {
-        const char16_t c = text_[pos_++];
-        if (c != u'\'') {
-          value.push_back(c);
-        } else if (pos_ < text_.size() && text_[pos_] == u'\'') {
-          value.push_back(u'\'');
-          ++pos_;
-        } else {
-          return Variant(std::move(value));
-        }
-      }
-      return std::nullopt;  // unterminated
+    if (pos_ >= tokens_.size()) return std::nullopt;
+    if (tokens_[pos_].kind == db::TokenKind::Literal) {
+      return Variant(db::Unquoted(text_, tokens_[pos_++]));
     }
     if (AcceptKeyword(u"True")) return Variant(true);
     if (AcceptKeyword(u"False")) return Variant(false);
-    const size_t start = pos_;
-    while (pos_ < text_.size() && (IsWordChar(text_[pos_]) || text_[pos_] == u'.' ||
-                                   text_[pos_] == u'-' || text_[pos_] == u'+')) {
-      ++pos_;
+    // A number with its sign: the tokens written together that the number
+    // conversion may read (words and numbers, dots and signs).
+    const size_t start = tokens_[pos_].begin;
+    size_t end = start;
+    while (pos_ < tokens_.size() && tokens_[pos_].begin == end && PartOfNumber(tokens_[pos_])) {
+      end = tokens_[pos_++].end;
     }
     double number = 0;
-    if (start == pos_ || !TryParseNumber(text_.substr(start, pos_ - start), number)) {
+    if (start == end || !TryParseNumber(text_.substr(start, end - start), number)) {
       return std::nullopt;
     }
     return Variant(number);
   }
 
  private:
-  static bool IsWordChar(char16_t c) {
-    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
-           c == u'_' || c >= 0x80;
+  void SkipBlanks() {
+    while (pos_ < tokens_.size() && tokens_[pos_].kind == db::TokenKind::Blanks)
+      ++pos_;
+  }
+  bool PartOfNumber(const db::SqlToken& token) const {
+    if (token.kind == db::TokenKind::Word || token.kind == db::TokenKind::Number) return true;
+    const StringView text = token.In(text_);
+    return token.kind == db::TokenKind::Operator && (text == u"." || text == u"-" || text == u"+");
   }
 
   StringView text_;
+  std::vector<db::SqlToken> tokens_;
   size_t pos_ = 0;
+  bool readable_ = true;
 };
 
 }  // namespace
 
 std::vector<Comparison> ParseCriteria(StringView criteria) {
   Reader reader(criteria);
+  if (!reader.Readable()) SyntaxError(criteria);
   std::vector<Comparison> comparisons;
   do {
     Comparison comparison;
@@ -154,9 +158,7 @@ BoundCriteria::BoundCriteria(StringView criteria, const std::vector<db::ColumnIn
     while (column < columns.size() && !EqualsNoCase(columns[column].name, comparison.column))
       ++column;
     if (column == columns.size()) {
-      throw Error(kUnknownColumn, u"KitRecordset",
-                  u"The kit does not recognize '" + comparison.column +
-                      u"' as a valid field name or expression.");
+      throw Error::Standard(errors::kUnknownColumn, sources::kKitRecordset, comparison.column);
     }
     const db::ColumnInfo& info = columns[column];
     const auto collation = db::CollationFromName(info.collation);

@@ -11,10 +11,6 @@ namespace kavrin::dao {
 
 namespace {
 
-[[noreturn]] void ThrowItemNotFound(StringView collection) {
-  throw Error(kItemNotFound, u"DAO." + String(collection), u"Item not found in this collection.");
-}
-
 class SqliteDesktopDatabase final : public Database {
  public:
   SqliteDesktopDatabase(String name, std::unique_ptr<db::Connection> engine)
@@ -23,11 +19,11 @@ class SqliteDesktopDatabase final : public Database {
   String Name() const override { return name_; }
 
   std::shared_ptr<Definition> TableDefs(StringView name) const override {
-    return Find(u"table", Definition::Kind::Table, name, u"TableDefs");
+    return Find(u"table", Definition::Kind::Table, name, sources::kDaoTableDefs);
   }
 
   std::shared_ptr<Definition> QueryDefs(StringView name) const override {
-    return Find(u"view", Definition::Kind::Query, name, u"QueryDefs");
+    return Find(u"view", Definition::Kind::Query, name, sources::kDaoQueryDefs);
   }
 
   void Close() override { engine_.reset(); }
@@ -38,16 +34,14 @@ class SqliteDesktopDatabase final : public Database {
   // ASCII letters without regard to case, so a name finds at most one item.
   std::shared_ptr<Definition> Find(StringView type, Definition::Kind kind, StringView name,
                                    StringView collection) const {
-    if (!engine_) {
-      throw Error(kObjectInvalid, u"DAO.Database", u"Object invalid or no longer set.");
-    }
+    if (!engine_) throw Error::Standard(errors::kObjectInvalid, sources::kDaoDatabase);
     auto cursor =
         engine_->Query(u"SELECT name FROM sqlite_schema WHERE type='" + String(type) + u"'");
     while (cursor->Next()) {
       String stored = ToString(cursor->Value(0));
       if (EqualsNoCase(stored, name)) return std::make_shared<Definition>(kind, std::move(stored));
     }
-    ThrowItemNotFound(collection);
+    throw Error::Standard(errors::kItemNotFound, collection);
   }
 
   String name_;

@@ -1,19 +1,19 @@
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
 #include "kavrin/KitDatabase.h"
+#include "platform/Access.h"
 #include "platform/Criteria.h"
-#include "platform/State.h"
 
 namespace kavrin {
 
 namespace {
 
-const String kKitSource = u"KitDatabase";
+constexpr StringView kKitSource = sources::kKitDatabase;
 
 std::shared_ptr<ado::Recordset> EmptyRecordset() {
   auto recordset = std::make_shared<ado::Recordset>();
   recordset->CursorLocation(ado::adUseClient);
-  auto& state = *recordset->state();
+  auto& state = detail::Access::State(*recordset);
   state.open = true;
   state.counts_rows = true;
   return recordset;
@@ -38,8 +38,9 @@ ado::Fields KitRecordset::Fields() const {
   return recordset_->Fields();
 }
 int32_t KitRecordset::RecordCount() const {
-  recordset_->state()->RequireOpen();
-  return static_cast<int32_t>(recordset_->state()->Count());
+  const auto& state = detail::Access::State(*recordset_);
+  state.RequireOpen();
+  return static_cast<int32_t>(state.Count());
 }
 void KitRecordset::Close() {
   recordset_->Close();
@@ -55,7 +56,7 @@ void KitRecordset::MoveNext() {
 }
 
 void KitRecordset::FindFirst(StringView criteria) {
-  auto& state = *recordset_->state();
+  auto& state = detail::Access::State(*recordset_);
   state.RequireOpen();
   const detail::BoundCriteria bound(criteria, state.columns);
   no_match_ = !(state.rows && state.rows->FindFirst(bound));
@@ -68,7 +69,7 @@ KitDatabase::KitDatabase() = default;
 KitDatabase::KitDatabase(StringView connection_string) {
   auto state = std::make_shared<detail::ConnectionState>();
   state->engine = db::Open(connection_string);
-  connection_ = std::make_shared<ado::Connection>(std::move(state));
+  connection_ = detail::Access::MakeConnection(std::move(state));
 }
 
 KitDatabase::~KitDatabase() = default;
@@ -84,14 +85,14 @@ std::shared_ptr<KitRecordset> KitDatabase::OpenQuery(StringView source, const Va
   if (!connection_) throw Error::Standard(errors::kNoConnection, kKitSource);
   if (!type.IsNumeric() && !type.IsString()) throw Error::Runtime(errors::kTypeMismatch);
   ToLong(type);  // a type that is not a number fails as the kit's argument check does
-  auto& connection = connection_->state();
+  auto& connection = detail::Access::State(*connection_);
   connection.Trace(source);
   auto recordset = std::make_shared<ado::Recordset>();
   recordset->CursorLocation(ado::adUseClient);
-  recordset->state()->Assign(detail::IsBareTableName(source)
-                                 ? detail::OpenWholeTable(connection, source)
-                                 : detail::OpenStatement(connection, source));
-  recordset->state()->counts_rows = true;
+  auto& state = detail::Access::State(*recordset);
+  state.Assign(detail::IsBareTableName(source) ? detail::OpenWholeTable(connection, source)
+                                               : detail::OpenStatement(connection, source));
+  state.counts_rows = true;
   return std::make_shared<KitRecordset>(std::move(recordset));
 }
 
@@ -100,9 +101,10 @@ namespace detail {
 std::shared_ptr<KitRecordset> OpenFullyLoaded(KitDatabase& db, StringView source) {
   auto recordset = std::make_shared<ado::Recordset>();
   recordset->CursorLocation(ado::adUseClient);
-  recordset->state()->Assign(OpenLoaded(
-      db.Connection()->state(), IsBareTableName(source) ? SelectAllFrom(source) : String(source)));
-  recordset->state()->counts_rows = true;
+  auto& state = Access::State(*recordset);
+  state.Assign(OpenLoaded(Access::State(*db.Connection()),
+                          IsBareTableName(source) ? SelectAllFrom(source) : String(source)));
+  state.counts_rows = true;
   return std::make_shared<KitRecordset>(std::move(recordset));
 }
 

@@ -65,7 +65,8 @@ struct RecordsetState {
 std::shared_ptr<KitRecordset> OpenFullyLoaded(KitDatabase& db, StringView source);
 
 String SelectAllFrom(StringView table);
-// True when `source` is a bare table name rather than a statement.
+// True when `source` is a bare table name (words joined by dots) rather than a
+// statement.
 bool IsBareTableName(StringView source);
 
 }  // namespace kavrin::detail

@@ -17,10 +17,4 @@ inline int16_t AddInteger(int16_t a, int32_t b) {
   return CheckedInteger(int32_t{a} + b);
 }
 
-inline int32_t AddLong(int32_t a, int32_t b) {
-  const int64_t sum = int64_t{a} + b;
-  if (sum < INT32_MIN || sum > INT32_MAX) throw Error::Runtime(errors::kOverflow);
-  return static_cast<int32_t>(sum);
-}
-
 }  // namespace kavrin

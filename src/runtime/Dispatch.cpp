@@ -18,8 +18,12 @@ void Dispatch::Put(StringView name, Variant value) {
   Invoke(name, InvokeKind::PropertyPut, std::span<Variant>(&value, 1));
 }
 
-void ThrowMemberNotFound(StringView type_name, StringView /*name*/) {
-  throw Error::Standard(errors::kMemberNotFound, String(type_name));
+void ThrowMemberNotFound(StringView type_name, StringView name) {
+  const Error error = Error::Standard(errors::kMemberNotFound, String(type_name));
+  constexpr size_t kShown = 64;
+  throw Error(error.number(), error.source(),
+              error.description() + u": " + String(type_name) + u" has no member " +
+                  String(name.substr(0, kShown)) + (name.size() > kShown ? u"…" : u""));
 }
 
 }  // namespace kavrin

@@ -180,12 +180,21 @@ bool ReadDecimal(Cursor& in, TypedDecimal& typed) {
   return true;
 }
 
-// The sign and parentheses around a number.
+// The sign, the currency sign and the parentheses around a number.
 struct Affixes {
   bool sign = false;
   bool negative = false;
+  bool currency = false;
   bool open = false;
   bool closed = false;
+
+  // The currency sign of the fixed reading, once, before or after the number.
+  bool TakeCurrency(Cursor& in) {
+    if (currency || in.Peek() != u'$') return false;
+    currency = true;
+    in.Skip();
+    return true;
+  }
 
   bool TakeSign(Cursor& in) {
     if (sign || open || (in.Peek() != u'+' && in.Peek() != u'-')) return false;
@@ -200,7 +209,7 @@ void ReadLeadingAffixes(Cursor& in, Affixes& a) {
   for (;;) {
     if (IsOuterSpace(in.Peek())) {
       in.Skip();
-    } else if (!a.TakeSign(in)) {
+    } else if (!a.TakeSign(in) && !a.TakeCurrency(in)) {
       if (a.sign || a.open || !in.Take(u'(')) return;
       a.open = true;
     }
@@ -211,7 +220,7 @@ bool ReadTrailingAffixes(Cursor& in, Affixes& a) {
   while (!in.AtEnd()) {
     if (IsOuterSpace(in.Peek())) {
       in.Skip();
-    } else if (!a.TakeSign(in)) {
+    } else if (!a.TakeSign(in) && !a.TakeCurrency(in)) {
       if (!a.open || a.closed || !in.Take(u')')) return false;
       a.closed = true;
     }
@@ -260,7 +269,7 @@ NumberText ReadNumberText(StringView text) {
   NumberText n;
   if (in.Take(u'&')) {
     n = ReadRadix(in);
-    if (affixes.sign || affixes.open) return {};
+    if (affixes.sign || affixes.currency || affixes.open) return {};
   } else {
     TypedDecimal typed;
     if (!ReadDecimal(in, typed)) return {};

@@ -40,10 +40,10 @@ struct NumberText {
   Decimal decimal;
 };
 
-// Reads all of `text` as a number: outer white space, one sign before or after
-// the number (blanks may follow a leading sign), parentheses for a negative,
-// "," anywhere after the first digit, one ".", an exponent E with its sign,
-// or an &H/&O literal of at most 32 bits.
+// Reads all of `text` as a number: outer white space, one sign and one
+// currency sign "$", each before or after the number (blanks may follow
+// them), parentheses for a negative, "," anywhere after the first digit, one
+// ".", an exponent E with its sign, or an &H/&O literal of at most 32 bits.
 NumberText ReadNumberText(StringView text);
 
 // Reads the number at the start of `text`, skipping blanks, tabs, line ends and

@@ -126,7 +126,6 @@ TEST_F(AllMembers, CallsByNameCoerceArgumentsOrFailWithThePlatformsNumbers) {
   EXPECT_EQ(pub->Call(u"codetoname", args), Variant(u"采购入库"));
 
   const std::tuple<const char16_t*, std::vector<Variant>, int32_t> bad_calls[] = {
-      {u"NoSuchMember", {}, errors::kMemberNotFound},
       {u"CodeToName", {}, errors::kArgumentNotOptional},
       {u"CodeToName", {u"01", int32_t{0}, int32_t{1}}, errors::kWrongArgumentCount},
       {u"CodeToName", {u"01", u"abc"}, errors::kTypeMismatch},
@@ -136,10 +135,70 @@ TEST_F(AllMembers, CallsByNameCoerceArgumentsOrFailWithThePlatformsNumbers) {
       {u"GetMonthState", {Variant::Null(), u"x"}, errors::kInvalidUseOfNull}};
   for (auto [member, args, error] : bad_calls)
     EXPECT_KAVRIN_ERROR(pub->Call(member, args), error);
+  EXPECT_KAVRIN_ERROR(pub->Call(u"NoSuchMember"), errors::kMemberNotFound, u"clsPub");
   std::vector<Variant> not_a_db{u"text"};
   EXPECT_KAVRIN_ERROR(pub->Invoke(u"DBIA", InvokeKind::PropertyPutRef, not_a_db),
                       errors::kTypeMismatch);
   EXPECT_KAVRIN_ERROR(CreateObject(u"Kavrin.Other"), 429);
+}
+
+// The number stays the platform's; the description goes on to say which
+// member, argument and type the failure is about.
+TEST_F(AllMembers, FailedCallsByNameSayWhatTheyAreAbout) {
+  const std::tuple<const char16_t*, InvokeKind, std::vector<Variant>, String> bad_calls[] = {
+      {u"CodeToNam",
+       InvokeKind::Method,
+       {},
+       u"Object doesn't support this property or method: clsPub has no member CodeToNam; did "
+       u"you mean CodeToName?"},
+      {u"checkdirnograd",
+       InvokeKind::Method,
+       {},
+       u"Object doesn't support this property or method: clsPub has no member checkdirnograd; "
+       u"did you mean CheckDirNoGrade?"},
+      {u"Frobnicate",
+       InvokeKind::Method,
+       {},
+       u"Object doesn't support this property or method: clsPub has no member Frobnicate"},
+      {u"CodeToName",
+       InvokeKind::PropertyPut,
+       {u"x"},
+       u"Object doesn't support this property or method: clsPub has no member CodeToName that "
+       u"can be assigned"},
+      {u"CodeToName",
+       InvokeKind::Method,
+       {u"01", int32_t{256}},
+       u"Overflow: argument 2 of CodeToName (Style As Byte) cannot take the Long 256"},
+      {u"FormatNum",
+       InvokeKind::Method,
+       {u"1,2x"},
+       u"Type mismatch: argument 1 of FormatNum (Num As Double) cannot take the String \"1,2x\""},
+      {u"GetMonthState",
+       InvokeKind::Method,
+       {u"IA", Variant::Null()},
+       u"Invalid use of Null: argument 2 of GetMonthState (intMonth As Integer) cannot take Null"},
+      {u"CodeToName",
+       InvokeKind::Method,
+       {u"01", int32_t{0}, int32_t{1}},
+       u"Wrong number of arguments or invalid property assignment: CodeToName takes at most 2 "
+       u"arguments (Code, Style), 3 were given"},
+      {u"CodeToName",
+       InvokeKind::Method,
+       {u"01"},
+       u"Argument not optional: argument 2 of CodeToName (Style As Byte) is not optional"},
+      {u"DBIA",
+       InvokeKind::PropertyPutRef,
+       {Variant(std::shared_ptr<Dispatch>(std::make_shared<FakeList>(std::vector<String>{})))},
+       u"Type mismatch: argument 1 of DBIA (DBIA As KitDatabase) cannot take the ComboBox"},
+  };
+  for (auto [member, kind, args, description] : bad_calls) {
+    try {
+      pub_.Invoke(member, kind, args);
+      ADD_FAILURE() << ToUtf8(member) << " did not fail";
+    } catch (const Error& e) {
+      EXPECT_EQ(e.description(), description);
+    }
+  }
 }
 
 }  // namespace

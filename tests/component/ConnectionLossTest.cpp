@@ -27,14 +27,15 @@ TEST(ConnectionLoss, CallsFailCleanlyOnceTheSessionIsEndedAndWorkOnAReopenedDbia
   suite.DropSessions();
 
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_KAVRIN_ERROR(pub.GetAccInfo(u"AA", u"cGoodClass"), errors::kProviderFailure);
+  EXPECT_KAVRIN_ERROR(pub.GetAccInfo(u"AA", u"cGoodClass"), errors::kProviderFailure,
+                      sources::kOdbc);
   EXPECT_EQ(pub.CodeToName(u"010101", 0), u"") << "the trapping members answer their default";
   EXPECT_KAVRIN_ERROR(pub.FromTo(u"cInvCode", u"010101", u"iInvRCost", u"Inventory"),
-                      errors::kProviderFailure);
+                      errors::kProviderFailure, sources::kOdbc);
   EXPECT_EQ(table->Fields()(u"cInvCode").Value(), Variant(u"010101")) << "its first row is read";
-  EXPECT_KAVRIN_ERROR(table->MoveNext(), errors::kProviderFailure);
-  EXPECT_KAVRIN_ERROR(table->FindFirst(u"cInvName='x'"), errors::kProviderFailure);
-  EXPECT_KAVRIN_ERROR(table->RecordCount(), errors::kProviderFailure);
+  EXPECT_KAVRIN_ERROR(table->MoveNext(), errors::kProviderFailure, sources::kOdbc);
+  EXPECT_KAVRIN_ERROR(table->FindFirst(u"cInvName='x'"), errors::kProviderFailure, sources::kOdbc);
+  EXPECT_KAVRIN_ERROR(table->RecordCount(), errors::kProviderFailure, sources::kOdbc);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
   EXPECT_EQ(cursor->Value(0), Variant(u"010101")) << "rows already read stay readable";
 

@@ -48,7 +48,7 @@ TEST_F(InventoryAttributes, WrappersAnswerTheColumnOrTheirDefault) {
   EXPECT_EQ(pub_.InvIsBatch(u"01"), Variant(true));
   EXPECT_TRUE(pub_.InvIsBatch(u"02").IsNull()) << "a present item with a Null switch";
   EXPECT_EQ(pub_.InvIsBatch(u"99"), Variant(false)) << "a missing item: Boolean false, not Null";
-  EXPECT_KAVRIN_ERROR(pub_.InvIsBatch(u"0'1"), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.InvIsBatch(u"0'1"), errors::kProviderSyntax, testing::EngineSource());
 }
 
 TEST_F(InventoryAttributes, InvCodeIsTorFReadsTheFirstColumnOrShowsNotFound) {
@@ -84,7 +84,8 @@ TEST_F(FreeItems, GetInvUseFreeResetsBothOnceTheQueryIsOpen) {
   EXPECT_EQ(std::pair(free1, free2), std::pair(false, false)) << "an unknown item";
 
   free1 = free2 = true;
-  EXPECT_KAVRIN_ERROR(pub_.GetInvUseFree(u"0'1", free1, free2), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.GetInvUseFree(u"0'1", free1, free2), errors::kProviderSyntax,
+                      testing::EngineSource());
   EXPECT_EQ(std::pair(free1, free2), std::pair(true, true)) << "failed before the reset";
   free1 = false;
   EXPECT_KAVRIN_ERROR(pub_.GetInvUseFree(u"02", free1, free2), errors::kInvalidUseOfNull);

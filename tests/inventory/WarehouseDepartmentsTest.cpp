@@ -38,7 +38,8 @@ TEST_F(WarehouseDepartments, LookupsBetweenWarehousesAndDepartments) {
   EXPECT_EQ(pub_.DepCodeToValueStyle(u"D1"), u"FIFO");
   EXPECT_EQ(pub_.DepCodeToValueStyle(u"D9"), u"");
   EXPECT_KAVRIN_ERROR(pub_.DepCodeToValueStyle(u"D2"), errors::kInvalidUseOfNull);
-  EXPECT_KAVRIN_ERROR(pub_.DepCodeToValueStyle(u"D'1"), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.DepCodeToValueStyle(u"D'1"), errors::kProviderSyntax,
+                      testing::EngineSource());
   EXPECT_EQ(pub_.DepCode2WhCode(u"D2"), u"04");
   EXPECT_EQ(pub_.DepCode2WhCode(u"D9"), u"");
 }
@@ -58,11 +59,11 @@ TEST_F(WarehouseDepartments, FillCboCKListsWarehousesInACodeColumnFifteenWide) {
   EXPECT_EQ(list_->items.size(), 5u);
 
   ClearSent();
-  EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant(u"cbo")), errors::kTypeMismatch);
+  EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant(u"cbo")), errors::kObjectRequired);
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant::Nothing()), errors::kObjectNotSet);
   auto no_clear = std::make_shared<FakeList>(std::vector<String>{}, false);
   EXPECT_KAVRIN_ERROR(pub_.FillCboCK(Variant(std::shared_ptr<Dispatch>(no_clear))),
-                      errors::kMemberNotFound);
+                      errors::kMemberNotFound, no_clear->TypeName());
   EXPECT_TRUE(Sent().empty()) << "the list is cleared before the database is asked";
 }
 
@@ -135,10 +136,10 @@ TEST_F(DifferenceHeads, TheMostSpecificSettingAnswersAndNothingLeavesTheOutputs)
   // A failure leaves the outputs and stops the search.
   Pair heads{u"before", u"before"};
   EXPECT_KAVRIN_ERROR(pub_.GetInvDifHead(u"0'1", u"0301", u"010105", heads.first, heads.second),
-                      errors::kProviderSyntax);
+                      errors::kProviderSyntax, testing::EngineSource());
   ClearSent();
   EXPECT_KAVRIN_ERROR(pub_.GetInvDifHead(u"02", u"03'01", u"020202", heads.first, heads.second),
-                      errors::kProviderSyntax);
+                      errors::kProviderSyntax, testing::EngineSource());
   EXPECT_EQ(Sent().size(), 4u) << "the scheme, two item settings, the rejected class setting";
   EXPECT_EQ(heads, Pair(u"before", u"before"));
 }

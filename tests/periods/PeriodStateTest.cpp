@@ -1,6 +1,5 @@
-// The current period, month-end flags, the latest keep date, the start month
-// and the links of adjustment-voucher lines, on real suite data; and the probe
-// of a desktop database for its tables and stored queries.
+// The current period, month-end flags, the latest keep date and the start
+// month, on real suite data.
 #include <gtest/gtest.h>
 
 #include <tuple>
@@ -45,7 +44,8 @@ TEST_F(PeriodState, MonthEndFlagsGiveTheCurrentPeriodAndEachMonthsState) {
   EXPECT_FALSE(pub_.GetMonthState(u"ia", 3));
   EXPECT_EQ(Sent().back(), u"Select bFlag_ia from gl_mend where iPeriod=3");
   EXPECT_FALSE(pub_.GetMonthState(u"GL", 7)) << "no row for the period";
-  EXPECT_KAVRIN_ERROR(pub_.GetMonthState(u"gl", 3), errors::kProviderSyntax);  // no bFlag_gl
+  EXPECT_KAVRIN_ERROR(pub_.GetMonthState(u"gl", 3), errors::kProviderSyntax,
+                      testing::EngineSource());  // no bFlag_gl
   EXPECT_KAVRIN_ERROR(pub_.GetMonthState(u"PU", 3), errors::kInvalidUseOfNull);
 }
 
@@ -80,54 +80,6 @@ TEST_F(PeriodState, StartAccMonthReadsTheStoredStartDateOnly) {
   }
   id = u"AP";
   EXPECT_KAVRIN_ERROR(pub_.StartAccMonth(id), errors::kTypeMismatch);
-}
-
-TEST_F(PeriodState, VoucherLinesAnswerTheirCodeAndBusinessType) {
-  Exec(
-      "INSERT INTO JustInVouchs (AutoID, cJVCode, CorID) VALUES (10, 'JV0001', 100),"
-      " (12, NULL, NULL), (13, 'JV0002', 101);"
-      "INSERT INTO RdRecords (AutoID, ID) VALUES (100, 1), (101, 2);"
-      "INSERT INTO RdRecord (ID, cBusType) VALUES (1, 'Purchase'), (2, NULL);"
-      "INSERT INTO IA_Subsidiary (AutoID, JustID, cBusType) VALUES"
-      " (1, 10, 'Adjust in'), (2, 10, 'Adjust out'), (3, 13, NULL)");
-  EXPECT_EQ(pub_.JustID2Code(10), u"JV0001");
-  EXPECT_EQ(pub_.JustID2Code(99), u"0") << "the text 0 for a missing line";
-  EXPECT_KAVRIN_ERROR(pub_.JustID2Code(12), errors::kInvalidUseOfNull);
-
-  EXPECT_EQ(pub_.JustIDs2CorBusType(10), u"Adjust in") << "the first ledger entry listed";
-  EXPECT_EQ(pub_.JustIDs2CorBusType(13), u"") << "a Null business type";
-  EXPECT_EQ(pub_.JustIDs2CorBusType(10, true), u"Purchase");
-  EXPECT_EQ(pub_.JustIDs2CorBusType(13, true), u"") << "a Null business type";
-  std::vector<Variant> omitted{int32_t{10}};
-  EXPECT_EQ(pub_.Call(u"JustIDs2CorBusType", omitted), Variant(u"Adjust in"));
-}
-
-// A desktop database made from a real SQLite file.
-TEST(DesktopProbe, TablesAndStoredQueriesAreFoundByNameAndOnlyItemNotFoundIsAbsent) {
-  const testing::TempDir dir;
-  const String path = FromUtf8(dir.path() + "/desk.db");
-  db::OpenForSetup(u"sqlite:" + path)
-      ->ExecuteScript(
-          u"CREATE TABLE Orders (id INTEGER); CREATE TABLE ÄrgerListe (id INTEGER);"
-          u"CREATE VIEW BigOrders AS SELECT * FROM Orders;");
-  const auto db = dao::Database::Open(path);
-  EXPECT_EQ(db->TableDefs(u"orders")->Name(), u"Orders") << "the stored letter case";
-  clsPub pub;
-  // A name, whether it is asked for as a stored query, and whether it is found.
-  const std::tuple<const char16_t*, bool, bool> probes[] = {
-      {u"oRDERS", false, true}, {u"ÄrgerListe", false, true}, {u"Orders ", false, false},
-      {u"", false, false},      {u"BigOrders", false, false}, {u"bigorders", true, true},
-      {u"Orders", true, false}};
-  for (const auto& [name, query, found] : probes)
-    EXPECT_EQ(pub.ExistTableQueryDAO(db, name, query), found) << ToUtf8(name) << " " << query;
-  EXPECT_TRUE(pub.ExistTableQueryDAO(nullptr, u"Orders", true)) << "an empty reference";
-
-  // By name the database must be an object argument.
-  std::vector<Variant> not_a_database{std::shared_ptr<Dispatch>(std::make_shared<clsPub>()),
-                                      u"Orders"};
-  EXPECT_KAVRIN_ERROR(pub.Call(u"ExistTableQueryDAO", not_a_database), errors::kTypeMismatch);
-  EXPECT_KAVRIN_ERROR(dao::Database::Open(FromUtf8(dir.path() + "/none.db")),
-                      errors::kProviderFailure);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The suite's SQL on each engine: the server's comparison rules, its string
-// functions, bit columns, column typing, the read-only guarantee, the
-// statement splitter that guards it, and the text collations themselves.
+// functions, bit columns, column typing, the read-only guarantee, and the
+// text collations themselves.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -9,7 +9,6 @@
 
 #include "db/Collation.h"
 #include "db/Driver.h"
-#include "db/SqlText.h"
 #include "db/sqlite/Dialect.h"
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
@@ -35,9 +34,13 @@ std::string Rows(std::unique_ptr<db::Cursor> cursor) {
 TEST(Dialect, CallKeywordsAreQuotedOnlyWhereTheyAreCalls) {
   if (OnPostgres()) GTEST_SKIP() << "about the SQLite dialect's rewrite of the text";
   using db::sqlite::QuoteCallKeywords;
-  EXPECT_EQ(QuoteCallKeywords(u"select left (a,1), Right(b,2) WHERE  RIGHT(cMonth,2)<>'03'"),
-            u"select \"left\" (a,1), \"Right\"(b,2) WHERE  \"RIGHT\"(cMonth,2)<>'03'");
-  const StringView same = u"a LEFT JOIN b ON bright(x)=rightmost(y) WHERE c='RIGHT(' -- RIGHT(";
+  EXPECT_EQ(QuoteCallKeywords(u"select left (a,1), Right(b,2) WHERE  RIGHT(cMonth,2)<>'03'"
+                              u" AND left/* why */\n(c,1)=''"),
+            u"select \"left\" (a,1), \"Right\"(b,2) WHERE  \"RIGHT\"(cMonth,2)<>'03'"
+            u" AND \"left\"/* why */\n(c,1)=''");
+  const StringView same =
+      u"a LEFT JOIN b ON bright(x)=rightmost(y) WHERE c='RIGHT(' -- RIGHT(\n AND [left](1)"
+      u" AND `Right` (2) AND \"LEFT\"(3) /* left(4) */ AND x.1right(5)";
   EXPECT_EQ(QuoteCallKeywords(same), same);
 }
 
@@ -82,14 +85,28 @@ TEST(Dialect, AnswersAsTheServerDoesAndRunsNothingButReads) {
       {"1; -- a trailing comment\n ;", "1|"}};
   for (const auto& [sql, expected] : cases)
     EXPECT_EQ(Rows(c->Query(FromUtf8("select " + sql))), expected) << sql;
-  EXPECT_KAVRIN_ERROR(Rows(c->Query(FromUtf8("select right(cMonth,-1)" + a1))),
-                      errors::kProviderSyntax);
+  // A negative length fails as on the server, naming the function given it.
+  for (const std::string function : {"left", "right"}) {
+    const std::string call = function + "(cMonth,-1)";
+    try {
+      Rows(c->Query(FromUtf8("select " + call + a1)));
+      ADD_FAILURE() << call;
+    } catch (const Error& e) {
+      EXPECT_EQ(e.number(), errors::kProviderSyntax) << call;
+      EXPECT_EQ(e.source(), testing::EngineSource()) << call;
+      EXPECT_NE(ToUtf8(e.description())
+                    .find("Invalid length parameter passed to the " + function + " function."),
+                std::string::npos)
+          << ToUtf8(e.description());
+    }
+  }
   // A statement that reads yet would write is refused by the engine itself.
   for (const char16_t* sql : {u"DELETE FROM Warehouse", u"   "})
-    EXPECT_KAVRIN_ERROR(c->Query(sql)->Next(), errors::kProviderSyntax);
+    EXPECT_KAVRIN_ERROR(c->Query(sql)->Next(), errors::kProviderSyntax, testing::EngineSource());
   EXPECT_KAVRIN_ERROR(c->Query(u"select * into WarehouseCopy from Warehouse"),
-                      errors::kProviderSyntax);
-  EXPECT_KAVRIN_ERROR(c->Query(u"select * from WarehouseCopy"), errors::kProviderNoTable);
+                      errors::kProviderSyntax, testing::EngineSource());
+  EXPECT_KAVRIN_ERROR(c->Query(u"select * from WarehouseCopy"), errors::kProviderNoTable,
+                      testing::EngineSource());
   // A cursor outlives its connection, and names its columns as the statement does.
   auto cursor = db::Open(suite.ConnectionString())
                     ->Query(u"SELECT MAX(iPeriod) AS CurMonth, min(iPeriod) as name FROM GL_mEnd");
@@ -128,41 +145,6 @@ TEST(Dialect, ValuesAreTypedFromDeclaredColumnTypes) {
   const Variant keep = value("dKeepDate from IA_Subsidiary where JustID=9001");
   ASSERT_EQ(keep.type(), VarType::Date);
   EXPECT_DOUBLE_EQ(keep.AsDate().value, 46112 + 8.5 / 24);  // 31 March 2026 08:30
-}
-
-TEST(SqlText, StatementsSplitOnlyAtSemicolonsOutsideQuotesAndComments) {
-  using db::SplitStatements;
-  const db::SqlQuoting plain, postgres{false, true, true}, sql_server{true, false, false};
-  EXPECT_EQ(SplitStatements(u"  select ';' ;; select \"a;b\" -- done\n", plain),
-            (std::vector<StringView>{u"select ';'", u"select \"a;b\""}));
-  auto expect = [](size_t statements, const db::SqlQuoting& quoting,
-                   std::initializer_list<const char16_t*> texts) {
-    for (const char16_t* text : texts)
-      EXPECT_EQ(SplitStatements(text, quoting).size(), statements) << ToUtf8(text);
-  };
-  expect(0, plain, {u"", u"/* only */ -- comments\n ;"});
-  expect(1, plain,  // an unterminated quote the server rejects whole
-         {u"select 'it''s; fine'", u"select 1 /* a; /* nested; */ still; */",
-          u"select 1 -- ; drop table x", u"select 'unterminated; drop table x"});
-  expect(2, plain, {u"select 1 -- comment\n; drop table x"});
-  // PostgreSQL: the backslash escapes a quote only in E'' strings, and a
-  // dollar-quoted text may hold quotes of either kind; not every $ opens one;
-  // there are no [names], so a bracket hides nothing.
-  expect(1, postgres, {u"select $tag$ $$;' $tag$"});
-  expect(2, postgres,
-         {u"select E'\\'' ; delete from code; --'", u"select E'\\\\'; delete from code",
-          u"select 'a\\'; delete from code; --'", u"select $$ ' $$; delete from code; -- '",
-          u"select $1; select a$b", u"select e'x'; select 1", u"select name'x'; select 1",
-          u"select x[1;2] from code"});
-  // SQL Server: [names] may hold quotes and semicolons.
-  expect(1, sql_server, {u"select [it's; a name] from code"});
-  expect(2, sql_server, {u"select [a']; delete from code --'"});
-  EXPECT_EQ(db::LeadingWord(u"  /* why */ ((SELECT 1))", plain), u"SELECT");
-  EXPECT_EQ(db::LeadingWord(u"-- note\nDelete from x", plain), u"Delete");
-  EXPECT_EQ(db::LeadingWord(u"'select'", plain), u"");
-  EXPECT_EQ(
-      db::Words(u"SELECT MAX(i) AS m FROM \"Quoted\" WHERE x='Lit' -- Note", plain),
-      (std::vector<StringView>{u"SELECT", u"MAX", u"i", u"AS", u"m", u"FROM", u"WHERE", u"x"}));
 }
 
 // Server collations by name; and a UTF-8 database compares its texts, and the

@@ -14,7 +14,7 @@
 #include "kavrin/Error.h"
 #include "kavrin/KitDatabase.h"
 #include "kavrin/clsPub.h"
-#include "platform/State.h"
+#include "platform/Access.h"
 #include "support/ErrorExpect.h"
 #include "support/SuiteDb.h"
 
@@ -38,15 +38,17 @@ TEST(KitRecordset, AnswersAsTheKitsDynasetDoes) {
   // Empty and one-row results count exactly from the start.
   auto empty = db->OpenQuery(u"select * from rd_style where crdcode='9'", 2);
   EXPECT_EQ(state(*empty), "0 BOF EOF");
-  EXPECT_KAVRIN_ERROR(empty->MoveLast(), errors::kNoCurrentRecord);
-  EXPECT_KAVRIN_ERROR(empty->Fields()(u"cRdCode").Value(), errors::kNoCurrentRecord);
+  EXPECT_KAVRIN_ERROR(empty->MoveLast(), errors::kNoCurrentRecord, sources::kAdoRecordset);
+  EXPECT_KAVRIN_ERROR(empty->Fields()(u"cRdCode").Value(), errors::kNoCurrentRecord,
+                      sources::kAdoField);
   auto one = db->OpenQuery(u"Warehouse", 2);
   EXPECT_EQ(state(*one), "1");
   EXPECT_EQ(one->Fields()(u"cWhCode").Value(), Variant(u"1"));
   one->MoveNext();
   EXPECT_EQ(state(*one), "1 EOF");
-  EXPECT_KAVRIN_ERROR(one->Fields()(u"cWhCode").Value(), errors::kNoCurrentRecord);
-  EXPECT_KAVRIN_ERROR(one->MoveNext(), errors::kNoCurrentRecord);
+  EXPECT_KAVRIN_ERROR(one->Fields()(u"cWhCode").Value(), errors::kNoCurrentRecord,
+                      sources::kAdoField);
+  EXPECT_KAVRIN_ERROR(one->MoveNext(), errors::kNoCurrentRecord, sources::kAdoRecordset);
   one->Close();
   EXPECT_KAVRIN_ERROR(one->RecordCount(), errors::kObjectClosed);
 
@@ -57,8 +59,8 @@ TEST(KitRecordset, AnswersAsTheKitsDynasetDoes) {
   EXPECT_EQ(rs->Fields()(u"CRDNAME").Value(), Variant(u"In"));
   rs->MoveNext();
   EXPECT_EQ(rs->AdoRecordset()->Fields()(u"crdname").Value(), Variant(u"Purchase"));
-  EXPECT_KAVRIN_ERROR(rs->Fields()(u"cNoSuch"), errors::kItemNotFound);
-  EXPECT_KAVRIN_ERROR(rs->Fields()(42), errors::kItemNotFound);
+  EXPECT_KAVRIN_ERROR(rs->Fields()(u"cNoSuch"), errors::kItemNotFound, sources::kAdoFields);
+  EXPECT_KAVRIN_ERROR(rs->Fields()(42), errors::kItemNotFound, sources::kAdoFields);
   EXPECT_EQ(rs->Fields()(0).Name() + rs->Fields()(1).Name(),
             OnPostgres() ? u"crdcodecrdname" : u"cRdCodecRdName");
 
@@ -72,16 +74,17 @@ TEST(KitRecordset, AnswersAsTheKitsDynasetDoes) {
   styles->FindFirst(u"cRdCode='12' AND bRdEnd=1");
   EXPECT_TRUE(styles->NoMatch());
   EXPECT_EQ(styles->Fields()(u"cRdCode").Value(), Variant(u"11"));
-  EXPECT_KAVRIN_ERROR(styles->FindFirst(u"cRdCode='O'Brien'"), 3077);
-  EXPECT_KAVRIN_ERROR(styles->FindFirst(u"cNoSuch='1'"), 3070);
+  EXPECT_KAVRIN_ERROR(styles->FindFirst(u"cRdCode='O'Brien'"), errors::kCriteriaSyntax);
+  EXPECT_KAVRIN_ERROR(styles->FindFirst(u"cNoSuch='1'"), errors::kUnknownColumn);
 
   // The trace sees every text as passed; engine errors come through.
   ado::Recordset direct;
   direct.Open(u"select cInvName as name from Inventory", db->Connection());
   EXPECT_EQ(direct.RecordCount(), -1) << "a server cursor does not count";
-  EXPECT_KAVRIN_ERROR(db->OpenQuery(u"NoSuchTable", 2), errors::kProviderNoTable);
+  EXPECT_KAVRIN_ERROR(db->OpenQuery(u"NoSuchTable", 2), errors::kProviderNoTable,
+                      testing::EngineSource());
   EXPECT_KAVRIN_ERROR(db->OpenQuery(u"select * from code where ccode='a'b'", 2),
-                      errors::kProviderSyntax);
+                      errors::kProviderSyntax, testing::EngineSource());
   EXPECT_EQ(*trace, (std::vector<String>{u"select * from rd_style where crdcode='9'", u"Warehouse",
                                          u"SELECT * FROM Rd_Style", u"Rd_Style",
                                          u"select cInvName as name from Inventory", u"NoSuchTable",
@@ -92,10 +95,13 @@ TEST(KitRecordset, AnswersAsTheKitsDynasetDoes) {
   KitRecordset unopened;
   EXPECT_EQ(state(unopened), "0 BOF EOF");
   EXPECT_NO_THROW(unopened.Close());
-  EXPECT_KAVRIN_ERROR(KitDatabase().OpenQuery(u"Inventory", 2), errors::kNoConnection);
-  EXPECT_KAVRIN_ERROR(KitDatabase().Connection(), errors::kNoConnection);
-  EXPECT_KAVRIN_ERROR(ado::Recordset().Open(u"select 1", nullptr), errors::kNoConnection);
-  EXPECT_KAVRIN_ERROR(KitDatabase::Open(u"mysql://nowhere"), errors::kProviderFailure);
+  EXPECT_KAVRIN_ERROR(KitDatabase().OpenQuery(u"Inventory", 2), errors::kNoConnection,
+                      sources::kKitDatabase);
+  EXPECT_KAVRIN_ERROR(KitDatabase().Connection(), errors::kNoConnection, sources::kKitDatabase);
+  EXPECT_KAVRIN_ERROR(ado::Recordset().Open(u"select 1", nullptr), errors::kNoConnection,
+                      sources::kAdoRecordset);
+  EXPECT_KAVRIN_ERROR(KitDatabase::Open(u"mysql://nowhere"), errors::kProviderFailure,
+                      sources::kComponent);
 }
 
 // Operation `op` on a record set: what it answered, or the error it raised.
@@ -171,13 +177,13 @@ TEST(KitRecordset, ScriptsReachTheRecordSetsByName) {
     EXPECT_EQ(rs->Call(u"Fields", name).AsObject()->Get(u""), Variant(u"Yard"));
     rs->Call(u"MoveNext");
     EXPECT_EQ(rs->Get(u"EOF"), Variant(true));
-    EXPECT_KAVRIN_ERROR(rs->Get(u"NoSuchMember"), errors::kMemberNotFound);
+    EXPECT_KAVRIN_ERROR(rs->Get(u"NoSuchMember"), errors::kMemberNotFound, rs->TypeName());
     EXPECT_KAVRIN_ERROR(rs->Call(u"MoveNext", name), errors::kWrongArgumentCount);
   }
   std::vector<Variant> code{u"cWhCode='2'"};
   kit->Call(u"FindFirst", code);
   EXPECT_EQ(kit->Get(u"NoMatch"), Variant(false));
-  EXPECT_KAVRIN_ERROR(ado->Get(u"NoMatch"), errors::kMemberNotFound);  // a kit member only
+  EXPECT_KAVRIN_ERROR(ado->Get(u"NoMatch"), errors::kMemberNotFound, u"Recordset");  // kit only
   kit->Call(u"close");
   EXPECT_KAVRIN_ERROR(ado->Get(u"RecordCount"), errors::kObjectClosed);
 }
@@ -223,12 +229,12 @@ TEST(LazyKit, AnswersAsARecordSetHoldingEveryRowAndLetsWritersCommit) {
     suite.Exec(sql.str() + "COMMIT;");
     auto db = suite.Open();
     // The table is read by key, the view as a statement.
-    ASSERT_NE(db->Connection()->state().engine->OpenTable(u"Rd_Style"), nullptr);
-    ASSERT_EQ(db->Connection()->state().engine->OpenTable(u"vRd"), nullptr);
+    ASSERT_NE(detail::Access::State(*db->Connection()).engine->OpenTable(u"Rd_Style"), nullptr);
+    ASSERT_EQ(detail::Access::State(*db->Connection()).engine->OpenTable(u"vRd"), nullptr);
     // Kit connections on the engine's own driver, and on plain drivers.
     const std::shared_ptr<KitDatabase> kits[] = {db, suite.Open(), suite.Open()};
     for (bool repeats : {false, true}) {
-      auto& engine = kits[1 + repeats]->Connection()->state().engine;
+      auto& engine = detail::Access::State(*kits[1 + repeats]->Connection()).engine;
       engine = std::make_unique<PlainDriver>(std::move(engine), repeats);
     }
     // Names compared as the column compares them, flags, and what cannot be read.

@@ -57,12 +57,12 @@ TEST(Server, FailuresCarryDiagnosticsNoWaitIsUnboundedAndSetupScriptsRunOneByOne
       ADD_FAILURE() << ToUtf8(sql);
     } catch (const Error& e) {
       EXPECT_EQ(e.number(), number) << e.what();
-      EXPECT_EQ(e.source(), u"Kavrin.ODBC");
+      EXPECT_EQ(e.source(), sources::kOdbc);
       EXPECT_NE(e.description().find(message), String::npos) << e.what();
     }
   }
   auto start = Clock::now();
-  EXPECT_KAVRIN_ERROR(c->Query(u"select pg_sleep(20)"), errors::kProviderTimeout);
+  EXPECT_KAVRIN_ERROR(c->Query(u"select pg_sleep(20)"), errors::kProviderTimeout, sources::kOdbc);
   EXPECT_LT(Clock::now() - start, 10s);
   EXPECT_NO_THROW(c->Query(u"select 1")) << "the connection stays usable";
   // A table read by key (its first rows read when opened) waits no longer
@@ -73,9 +73,9 @@ TEST(Server, FailuresCarryDiagnosticsNoWaitIsUnboundedAndSetupScriptsRunOneByOne
   auto locker = db::OpenForSetup(suite.ConnectionString());
   locker->ExecuteScript(u"BEGIN; LOCK TABLE Code IN ACCESS EXCLUSIVE MODE");
   start = Clock::now();
-  EXPECT_KAVRIN_ERROR(table->Rows(0)->Next(), errors::kProviderTimeout);
-  EXPECT_KAVRIN_ERROR(table->Last()->Next(), errors::kProviderTimeout);
-  EXPECT_KAVRIN_ERROR(table->Count(), errors::kProviderTimeout);
+  EXPECT_KAVRIN_ERROR(table->Rows(0)->Next(), errors::kProviderTimeout, sources::kOdbc);
+  EXPECT_KAVRIN_ERROR(table->Last()->Next(), errors::kProviderTimeout, sources::kOdbc);
+  EXPECT_KAVRIN_ERROR(table->Count(), errors::kProviderTimeout, sources::kOdbc);
   EXPECT_LT(Clock::now() - start, 10s);
   locker.reset();
   EXPECT_FALSE(table->Rows(std::nullopt)->Next()) << "and reads once the lock is gone";
@@ -85,17 +85,18 @@ TEST(Server, FailuresCarryDiagnosticsNoWaitIsUnboundedAndSetupScriptsRunOneByOne
                           ->ExecuteScript(u"INSERT INTO Code (cCode) VALUES ('a;b'); -- a; b\n"
                                           u"INSERT INTO Code (cCode) VALUES ($$c';d$$), ('e');"
                                           u"nonsense; INSERT INTO Code (cCode) VALUES ('f')"),
-                      errors::kProviderSyntax);
+                      errors::kProviderSyntax, sources::kOdbc);
   EXPECT_EQ(c->Count(u"select 1 from Code where cCode in ('a;b', 'c'';d', 'e')"), 3);
   EXPECT_EQ(c->Count(u"select 1 from Code"), 3);
-  EXPECT_KAVRIN_ERROR(c->ExecuteScript(u"DELETE FROM Code"), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(c->ExecuteScript(u"DELETE FROM Code"), errors::kProviderSyntax,
+                      sources::kOdbc);
 
   // A server that takes the connection and never answers: the login timeout.
   const auto [silent, silent_server] = SilentPort();
   start = Clock::now();
   EXPECT_KAVRIN_ERROR(
       db::odbc::Connect(silent_server, false, db::odbc::Timeouts{.login_seconds = 2}),
-      errors::kProviderFailure);
+      errors::kProviderFailure, sources::kOdbc);
   EXPECT_GT(Clock::now() - start, 1500ms);
   EXPECT_LT(Clock::now() - start, 10s);
   // Opening fails cleanly and in bounded time: the same port closed again, no
@@ -105,7 +106,7 @@ TEST(Server, FailuresCarryDiagnosticsNoWaitIsUnboundedAndSetupScriptsRunOneByOne
   for (const String& target :
        {u"odbc:" + silent_server, testing::ServerConnectionString("no_such_database"),
         String(u"odbc:Driver={No Such Driver};Server=127.0.0.1"), String(u"odbc:DSN=no_such_dsn")})
-    EXPECT_KAVRIN_ERROR(db::Open(target), errors::kProviderFailure);
+    EXPECT_KAVRIN_ERROR(db::Open(target), errors::kProviderFailure, sources::kOdbc);
   EXPECT_LT(Clock::now() - start, 5s);
 }
 

@@ -47,7 +47,7 @@ TEST(Amounts, FormatNumFormatNum1AndReFormatByName) {
           {{0.0, -1}, u""}, {{0.0, -1, true}, u"0"}, {{0.0, -1, u"abc"}, {}, kTypeMismatch}}},
       {u"ReFormat", {  // six decimals; only spaces make a text blank
           {{u""}, 0.0}, {{u"   "}, 0.0}, {{u"1,234.50"}, 1234.5}, {{u"0.00000049"}, 0.0},
-          {{u" -1,234,567.891 "}, -1234567.891}, {{u"0.1234567"}, 0.123457},
+          {{u" -1,234,567.891 "}, -1234567.891}, {{u"$1,234.5"}, 1234.5}, {{u"0.1234567"}, 0.123457},
           {{u"0.0000005"}, 0.000001}, {{u"2.0000025"}, 2.000003}, {{u"abc"}, {}, kTypeMismatch},
           {{u"\t"}, {}, kTypeMismatch}, {{u"12 34"}, {}, kTypeMismatch}}},
   };

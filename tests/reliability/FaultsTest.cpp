@@ -168,7 +168,7 @@ TEST_F(Faults, AFileCutOrDeletedUnderAnOpenConnection) {
   auto db = KitDatabase::Open(FromUtf8(cut));
   ExpectServesAgain(db);
   fs::resize_file(cut, 4096);
-  EXPECT_KAVRIN_ERROR(pub_.CheckInv(u"010101"), errors::kProviderFailure);
+  EXPECT_KAVRIN_ERROR(pub_.CheckInv(u"010101"), errors::kProviderFailure, sources::kSqlite);
   EXPECT_EQ(pub_.CodeToName(u"010101", 0), u"");
   Write(cut, Contents(suite_.path()));
   ExpectServesAgain(db);
@@ -181,7 +181,8 @@ TEST_F(Faults, AFileCutOrDeletedUnderAnOpenConnection) {
   fs::remove(gone);
   EXPECT_EQ(pub_.CheckInv(u"010101"), u"010101");
   EXPECT_FALSE(pub_.ExistTableQueryDAO(desk, u"NoSuchTable"));
-  EXPECT_KAVRIN_ERROR(KitDatabase::Open(FromUtf8(gone)), errors::kProviderFailure);
+  EXPECT_KAVRIN_ERROR(KitDatabase::Open(FromUtf8(gone)), errors::kProviderFailure,
+                      sources::kSqlite);
   EXPECT_FALSE(fs::exists(gone));
   Write(gone, "not a database");
   ExpectServesAgain(db);
@@ -220,10 +221,10 @@ TEST_F(Faults, ATableAndAColumnDroppedWhileTheObjectHoldsItsRecordSet) {
   suite_.Exec(
       "DROP TABLE Inventory; DROP INDEX IF EXISTS IX_Warehouse_cDepCode;"
       " ALTER TABLE Warehouse DROP COLUMN cDepCode");
-  EXPECT_KAVRIN_ERROR(pub_.CheckInv(u"010101"), errors::kProviderNoTable);
+  EXPECT_KAVRIN_ERROR(pub_.CheckInv(u"010101"), errors::kProviderNoTable, testing::EngineSource());
   EXPECT_EQ(pub_.InvCodeToUnit(u"010101"), u"");
   EXPECT_EQ(pub_.WhCodeToDep(u"01"), u"") << "the column is gone: the trapped default";
-  EXPECT_KAVRIN_ERROR(pub_.DepCode2WhCode(u"01"), errors::kProviderSyntax);
+  EXPECT_KAVRIN_ERROR(pub_.DepCode2WhCode(u"01"), errors::kProviderSyntax, testing::EngineSource());
   EXPECT_EQ(pub_.CheckDirNoGrade(u"01", 3), u"01") << "the other archives still answer";
 }
 
@@ -236,11 +237,11 @@ TEST_F(Faults, AConnectionReleasedBetweenCalls) {
   // DBIA emptied, directly or by late binding: the next call creates an
   // unconnected kit object.
   pub_.DBIA(nullptr);
-  EXPECT_KAVRIN_ERROR(pub_.CheckWareDep(), errors::kNoConnection);
+  EXPECT_KAVRIN_ERROR(pub_.CheckWareDep(), errors::kNoConnection, sources::kKitDatabase);
   ExpectServesAgain();
   Variant nothing = Variant::Nothing();
   pub_.Invoke(u"DBIA", InvokeKind::PropertyPutRef, std::span<Variant>(&nothing, 1));
-  EXPECT_KAVRIN_ERROR(pub_.CurPeriod(), errors::kNoConnection);
+  EXPECT_KAVRIN_ERROR(pub_.CurPeriod(), errors::kNoConnection, sources::kKitDatabase);
   EXPECT_EQ(pub_.CodeToName(u"010101", 0), u"");
   ExpectServesAgain();
 }
@@ -408,7 +409,7 @@ TEST_F(NeverWritten, StackedStatementsAndWritesAreRefusedBeforeAnythingRuns) {
   pub.DBIA(db);
   EXPECT_KAVRIN_ERROR(
       pub.FromTo(u"cInvCode", u"010101", u"cInvName", u"Inventory; DELETE FROM Inventory"),
-      errors::kProviderSyntax);
+      errors::kProviderSyntax, testing::EngineSource());
   EXPECT_EQ(db->OpenQuery(u"Inventory")->RecordCount(), 6);
   if (!testing::OnPostgres()) {
     EXPECT_EQ(Listing(suite_.path()), Files{"suite.db"});
@@ -428,7 +429,7 @@ TEST_F(NeverWritten, ADatabaseInWalModeIsReadWithoutWritingIt) {
     pub.DBIA(suite_.Open());
     EXPECT_EQ(pub.CheckInv(u"010101"), u"010101");
     EXPECT_KAVRIN_ERROR(pub.GetAccInfo(u"AA", u"x'; DELETE FROM AccInformation; --"),
-                        errors::kProviderSyntax);
+                        errors::kProviderSyntax, sources::kSqlite);
   }
   EXPECT_EQ(Contents(suite_.path()), before);
   EXPECT_EQ(Listing(suite_.path()), (Files{"suite.db", "suite.db-shm", "suite.db-wal"}));

@@ -66,10 +66,13 @@ TEST(Convert, TextsReadAsNumbersWithSignsGroupingAndRadixPrefixes) {
       {u".5", 0.5}, {u"5.", 5}, {u"1e3", 1000}, {u"1E+03", 1000}, {u"1.5e-2", 0.015},
       {u"&H1F", 31}, {u"&hff", 255}, {u"&O17", 15}, {u"&HFFFF", 65535}, {u"1,234.5", 1234.5},
       {u"0.1", 0.1}, {u"1e-94938484", 0}, {u"2.2250738585072014e-308", 2.2250738585072014e-308},
+      // The currency sign, once, before or after the number and its sign.
+      {u"$1,234.5", 1234.5}, {u"5$", 5}, {u"$-5", -5}, {u"-$5", -5}, {u"($ 5)", -5},
   };
   const std::vector<String> rejected = {
       u"",     u" ",   u"--5",  u"+ +0", u"(5",  u"5)",   u",5",  u"1.2.3", u".",    u"1e",
-      u"1 e3", u"1d3", u"0x1F", u"abc",  u"12a", u"True", u"1/2", u"$5",    u"-&H1", u"&H"};
+      u"1 e3", u"1d3", u"0x1F", u"abc",  u"12a", u"True", u"1/2", u"$$5",   u"-&H1", u"&H",
+      u"$",    u"$5$", u"$&H1F", u"5 €"};
   // clang-format on
   for (const auto& [text, value] : accepted)
     EXPECT_EQ(ParseNumber(text), value) << ToUtf8(text);
@@ -263,6 +266,82 @@ TEST(String, Utf8RoundTripsAndMalformedBytesBecomeReplacementCharacters) {
   EXPECT_EQ(FromUtf8("\xC0\xAF"), u"\uFFFD");                      // overlong slash
   EXPECT_EQ(ToUtf8(String(1, char16_t(0xD800))), "\xEF\xBF\xBD");  // lone surrogate
   EXPECT_EQ(Trim(u" \u3000x\t "), u"\u3000x\t") << "only spaces are trimmed";
+}
+
+}  // namespace
+}  // namespace kavrin
+
+namespace kavrin {
+namespace {
+
+TEST(Error, EachNumberHasItsSourcesAndTheirStandardDescription) {
+  const String no_record =
+      u"Either BOF or EOF is True, or the current record has been deleted. Requested operation "
+      u"requires a current record.";
+  const String no_connection =
+      u"The connection cannot be used to perform this operation. It is either closed or invalid "
+      u"in this context.";
+  const String sqlite = u"Kavrin.SQLite", odbc = u"Kavrin.ODBC";
+  // Number, source ("" for the class of the object called), description ("" for
+  // the engine's own message, "{}" where the raiser's detail goes).
+  const std::vector<std::tuple<int32_t, String, String>> expected = {
+      {5, u"Kavrin", u"Invalid procedure call or argument"},
+      {6, u"Kavrin", u"Overflow"},
+      {9, u"Kavrin", u"Subscript out of range"},
+      {11, u"Kavrin", u"Division by zero"},
+      {13, u"Kavrin", u"Type mismatch"},
+      {91, u"Kavrin", u"Object variable or With block variable not set"},
+      {94, u"Kavrin", u"Invalid use of Null"},
+      {424, u"Kavrin", u"Object required"},
+      {429, u"Kavrin", u"ActiveX component can't create object"},
+      {438, u"", u"Object doesn't support this property or method"},
+      {449, u"Kavrin", u"Argument not optional"},
+      {450, u"Kavrin", u"Wrong number of arguments or invalid property assignment"},
+      {3070, u"KitRecordset",
+       u"The kit does not recognize '{}' as a valid field name or expression."},
+      {3077, u"KitRecordset", u"Syntax error in criteria expression: {}"},
+      {3464, u"KitRecordset", u"Data type mismatch in criteria expression."},
+      {3021, u"ADODB.Recordset", no_record},
+      {3021, u"ADODB.Field", no_record},
+      {3265, u"ADODB.Fields",
+       u"Item cannot be found in the collection corresponding to the requested name or ordinal."},
+      {3265, u"DAO.TableDefs", u"Item not found in this collection."},
+      {3265, u"DAO.QueryDefs", u"Item not found in this collection."},
+      {3420, u"DAO.Database", u"Object invalid or no longer set."},
+      {3704, u"ADODB.Recordset", u"Operation is not allowed when the object is closed."},
+      {3705, u"ADODB.Recordset", u"Operation is not allowed when the object is open."},
+      {3709, u"ADODB.Recordset", no_connection},
+      {3709, u"KitDatabase", no_connection},
+      {-2147217900, sqlite, u""},
+      {-2147217900, odbc, u""},
+      {-2147217865, sqlite, u""},
+      {-2147217865, odbc, u""},
+      {-2147217871, sqlite, u""},
+      {-2147217871, odbc, u""},
+      {-2147467259, sqlite, u""},
+      {-2147467259, odbc, u""},
+      {-2147467259, u"Kavrin", u""},
+  };
+  std::vector<std::tuple<int32_t, String, String>> catalogue;
+  for (const ErrorEntry& e : ErrorCatalogue())
+    catalogue.emplace_back(e.number, String(e.source), String(e.description));
+  EXPECT_EQ(catalogue, expected);
+
+  // Raised, an error takes the description its source gives the number.
+  const Error dao = Error::Standard(3265, sources::kDaoQueryDefs);
+  EXPECT_EQ(std::tuple(dao.source(), dao.description()),
+            std::tuple(String(u"DAO.QueryDefs"), String(u"Item not found in this collection.")));
+  EXPECT_EQ(Error::Standard(3077, sources::kKitRecordset, u"a=").description(),
+            u"Syntax error in criteria expression: a=");
+  EXPECT_EQ(Error::Standard(438, u"ComboBox").description(),
+            u"Object doesn't support this property or method");
+  EXPECT_EQ(Error::Runtime(424).source(), u"Kavrin");
+  EXPECT_STREQ(Error::Runtime(6).what(), "Overflow (6)");
+  // Out of context, a number has ADO's text; one without a text of its own
+  // has the generic one.
+  EXPECT_EQ(StandardDescription(3265), std::get<2>(expected[17]));
+  for (int32_t number : {0, 1234, -2147217900})
+    EXPECT_EQ(StandardDescription(number), u"Application-defined or object-defined error");
 }
 
 }  // namespace

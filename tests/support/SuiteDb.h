@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "kavrin/Error.h"
 #include "kavrin/KitDatabase.h"
 #include "kavrin/String.h"
 
@@ -20,6 +21,10 @@ namespace kavrin::testing {
 
 // True when the suite runs against the PostgreSQL server.
 bool OnPostgres();
+// The source of the errors the engine under test raises.
+inline StringView EngineSource() {
+  return OnPostgres() ? sources::kOdbc : sources::kSqlite;
+}
 
 // A unique temporary directory, removed with its contents by the destructor.
 class TempDir {

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -19,10 +22,13 @@ namespace {
 
 // Runs kavrin with `args` (shell words) and `input` on its standard input:
 // its exit status and what it printed.
-std::pair<int, std::string> Kavrin(const std::string& args, const std::string& input = "") {
+// With `messages`, what it wrote on stderr comes after.
+std::pair<int, std::string> Kavrin(const std::string& args, const std::string& input = "",
+                                   bool messages = false) {
   setenv("KAVRIN_TEST_INPUT", input.c_str(), 1);
   const std::string command = "printf %s \"$KAVRIN_TEST_INPUT\" | " +
-                              std::string(KAVRIN_TOOL_PATH) + " " + args + " 2>/dev/null";
+                              std::string(KAVRIN_TOOL_PATH) + " " + args +
+                              (messages ? " 2>&1" : " 2>/dev/null");
   FILE* pipe = popen(command.c_str(), "r");
   std::string out;
   char buffer[4096];
@@ -108,6 +114,51 @@ TEST_F(KavrinTool, ShellAnswersEachLineOnOneObjectAndGoesOnAfterUnreadableOnes) 
   EXPECT_NE(out.rfind("\n{\"ok\":true,\"result\":{\"type\":\"String\",\"value\":\"223\"}"),
             std::string::npos)
       << "the last line is answered";
+}
+
+// A database init-db cannot create, or a call cannot open, is reported as
+// what failed, not as a misuse of the command; a file is never half-written.
+TEST_F(KavrinTool, InitDbNeverOverwritesOrHalfWritesAndOpenFailuresSayWhy) {
+  if (testing::OnPostgres()) GTEST_SKIP() << "init-db of a SQLite file is the same on every engine";
+  const testing::TempDir dir;
+  const std::string notes = dir.path() + "/notes.db";
+  { std::ofstream(notes) << "not a database"; }
+  const auto contents = [](const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  };
+  const auto [refused, refusal] = Kavrin("init-db " + notes + " --demo", "", true);
+  EXPECT_EQ(refused, 2);
+  EXPECT_NE(refusal.find(notes + " exists already"), std::string::npos) << refusal;
+  EXPECT_NE(refusal.find("--force"), std::string::npos) << refusal;
+  EXPECT_EQ(refusal.find("kavrin --help"), std::string::npos) << refusal;
+  EXPECT_EQ(contents(notes), "not a database");
+
+  ExpectRuns({{"init-db " + notes + " --demo --force", "created " + notes, 0},
+              {"call --db " + notes + " GetAccInfo AA cGoodClass", R"("value":"223"})", 0}});
+  // Replacing a folder fails, and leaves the folder and nothing else behind.
+  std::filesystem::create_directory(dir.path() + "/folder.db");
+  EXPECT_EQ(Kavrin("init-db " + dir.path() + "/folder.db --force").first, 2);
+  std::vector<std::string> left;
+  for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+    left.push_back(entry.path().filename().string());
+  std::sort(left.begin(), left.end());
+  EXPECT_EQ(left, (std::vector<std::string>{"folder.db", "notes.db"}));
+
+  const auto [status, message] =
+      Kavrin("call --db " + dir.path() + "/none.db CheckInv 01", "", true);
+  EXPECT_EQ(status, 2);
+  for (const std::string& fragment : std::vector<std::string>{
+           "cannot open the database " + dir.path() + "/none.db", "there is no file",
+           "kavrin init-db " + dir.path() + "/none.db --demo"})
+    EXPECT_NE(message.find(fragment), std::string::npos) << message;
+  EXPECT_EQ(message.find("kavrin --help"), std::string::npos) << message;
+  // A server's connection string is shown without its password.
+  const auto [server_status, server] =
+      Kavrin("call --db 'odbc:Driver={None};UID=u;PWD=secret;Server=x' CheckInv 01", "", true);
+  EXPECT_EQ(server_status, 2);
+  EXPECT_NE(server.find("UID=u;PWD=***;Server=x"), std::string::npos) << server;
+  EXPECT_EQ(server.find("secret"), std::string::npos) << server;
 }
 
 TEST_F(KavrinTool, DaoArgumentsOpenADesktopDatabase) {

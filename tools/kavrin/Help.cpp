@@ -7,7 +7,7 @@ const std::string_view kOverviewHelp =
 
 usage: kavrin call [--db CONN] [--trace] METHOD [ARG ...]
        kavrin shell [--db CONN] [--trace]
-       kavrin init-db PATH [--demo]
+       kavrin init-db PATH [--demo] [--force]
        kavrin methods [--json]
        kavrin --version | --help | help COMMAND
 
@@ -23,7 +23,9 @@ kept per connection; sqlite:PATH?statement_cache=off (or KavrinStatementCache=0;
 in an ODBC string) compiles every text where it is run, with the same answers.
 
 Exit status: 0 when the call succeeded, 1 when it failed (the answer carries
-the error's number, source and description), 2 for a usage error.
+the error's number, source and description, and "detail" when there is more
+to say), 2 for a usage error or a database that cannot be opened or created
+(the message says what failed).
 Run `kavrin help COMMAND` for the details of a command.
 )";
 
@@ -36,6 +38,13 @@ Calls METHOD (letter case ignored) on a fresh clsPub whose DBIA is opened from
 CONN, and prints one JSON object:
   {"ok":true,"result":V,"args":[V,...]}
   {"ok":false,"error":{"number":N,"source":"...","description":"..."},"args":[V,...]}
+The description is the platform's text for the number. The error adds
+"detail" when there is more to say: the member asked for that does not exist
+(and the nearest one), or which argument could not be read and the type its
+parameter takes; for `kavrin call CodeToName 010101 -1`:
+  "error":{"detail":"argument 2 of CodeToName (Style As Byte) cannot take the
+  Long -1","number":6,"source":"Kavrin","description":"Overflow"}
+It adds "hint" when the call failed with 3709 because no --db was given.
 "args" shows every argument after the call, so writes into by-reference
 arguments are visible. Each V is {"type":T,"value":...} with T one of Empty,
 Null, Integer, Long, Byte, Double, Boolean, Date, String, Object, Array, Missing.
@@ -79,7 +88,7 @@ skipped; the session ends at the end of the input.
 )";
 
 constexpr std::string_view kInitDbHelp =
-    R"(usage: kavrin init-db PATH [--demo]
+    R"(usage: kavrin init-db PATH [--demo] [--force]
 
 Creates a suite database holding the tables clsPub reads, with the server's
 types and collations (text compares without regard to case, trailing blanks
@@ -87,7 +96,13 @@ ignored). PATH is a SQLite file to create (sqlite: prefix optional), or
 odbc:CONNECTION-STRING to create the tables in an existing database on a
 server (on PostgreSQL this needs a superuser). With
 --demo the tables are filled with a small sample company (an office-furniture
-maker with three warehouses). Fails (exit 2) when a table already exists.
+maker with three warehouses).
+
+A SQLite PATH that exists already is refused (exit 2) unless --force is
+given, which replaces it. The file is built under a temporary name beside
+PATH and moved into place only when complete: a failure leaves no file, or
+the old one untouched. On a server, a database that holds any of the tables
+already is refused (exit 2) and left as it was.
 )";
 
 constexpr std::string_view kMethodsHelp =

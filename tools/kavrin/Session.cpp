@@ -1,5 +1,12 @@
 #include "Session.h"
 
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+#include <vector>
+
 #include "JsonValues.h"
 #include "kavrin/Error.h"
 #include "kavrin/Host.h"
@@ -23,13 +30,63 @@ class RecordingUiHost final : public UiHost {
   json messages = json::array();
 };
 
+namespace {
+
+// The platform's description of `e`, and what the component said beyond it
+// (the description goes on after ": " with the member, argument or type).
+std::pair<std::string, std::string> Described(const Error& e) {
+  const String standard = StandardDescription(e.number());
+  const String& description = e.description();
+  if (description.size() > standard.size() + 2 && description.starts_with(standard) &&
+      description.compare(standard.size(), 2, u": ") == 0) {
+    return {ToUtf8(standard), ToUtf8(description.substr(standard.size() + 2))};
+  }
+  return {ToUtf8(description), ""};
+}
+
+}  // namespace
+
+std::string Masked(const std::string& db) {
+  std::string lower = db;
+  for (char& c : lower)
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  std::vector<std::pair<size_t, size_t>> values;  // where each password is, and its end
+  for (const std::string_view key : {"pwd=", "password="}) {
+    for (size_t at = lower.find(key); at != std::string::npos; at = lower.find(key, at + 1)) {
+      const size_t from = at + key.size();
+      values.emplace_back(from, std::min(lower.find(';', from), lower.size()));
+    }
+  }
+  std::sort(values.begin(), values.end());
+  std::string shown;
+  size_t done = 0;
+  for (const auto& [from, to] : values) {
+    if (from < done) continue;  // a key inside a password already masked
+    shown += db.substr(done, from - done) + "***";
+    done = to;
+  }
+  return shown + db.substr(done);
+}
+
+std::string CannotOpen(const std::string& db, const std::exception& e) {
+  std::string message = "cannot open the database " + Masked(db) + ": " + e.what();
+  const bool server = db.starts_with("odbc:");
+  const std::string path = db.starts_with("sqlite:") ? db.substr(7) : db;
+  std::error_code ignored;
+  if (!server && !std::filesystem::exists(path, ignored)) {
+    message += "\nthere is no file " + path + " (`kavrin init-db " + path +
+               " --demo` creates one with a sample company)";
+  }
+  return message;
+}
+
 Session::Session(const std::optional<std::string>& db, bool trace)
-    : trace_(trace), ui_(std::make_shared<RecordingUiHost>()) {
+    : trace_(trace), has_db_(db.has_value()), ui_(std::make_shared<RecordingUiHost>()) {
   if (db) {
     try {
       pub_.DBIA(KitDatabase::Open(FromUtf8(*db)));
     } catch (const Error& e) {
-      throw UsageError("cannot open the database " + *db + ": " + e.what());
+      throw DatabaseError(CannotOpen(*db, e));
     }
     if (trace_) {
       pub_.DBIA()->Connection()->SetTrace(
@@ -53,9 +110,18 @@ json Session::Call(const std::string& method, std::vector<Variant>& args) {
     answer["result"] = ValueToJson(result);
   } catch (const Error& e) {
     answer["ok"] = false;
-    answer["error"] = {{"number", e.number()},
-                       {"source", ToUtf8(e.source())},
-                       {"description", ToUtf8(e.description())}};
+    // What the host adds comes first: the number, source and description
+    // close the error object as they always have.
+    const auto [description, detail] = Described(e);
+    json error = json::object();
+    if (!detail.empty()) error["detail"] = detail;
+    if (e.number() == errors::kNoConnection && !has_db_) {
+      error["hint"] = method + " reads the database, and none was given: pass --db CONN";
+    }
+    error["number"] = e.number();
+    error["source"] = ToUtf8(e.source());
+    error["description"] = description;
+    answer["error"] = error;
   }
   json shown = json::array();
   for (const auto& arg : args)

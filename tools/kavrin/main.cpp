@@ -1,4 +1,7 @@
 // kavrin: the command-line host of clsPub (see Help.cpp for what it does).
+#include <unistd.h>
+
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -20,6 +23,7 @@ struct Options {
   std::optional<std::string> db;
   bool trace = false;
   bool demo = false;
+  bool force = false;
   bool json = false;
   bool help = false;
   std::vector<std::string> positional;
@@ -58,6 +62,8 @@ Options ParseOptions(const std::vector<std::string>& args, Accepted accepted) {
       options.trace = true;
     } else if (accepted.demo && arg == "--demo") {
       options.demo = true;
+    } else if (accepted.demo && arg == "--force") {
+      options.force = true;
     } else if (accepted.json && arg == "--json") {
       options.json = true;
     } else {
@@ -90,15 +96,53 @@ int Shell(const Options& options) {
   return 0;
 }
 
+// Creates the suite's tables in an existing database on a server; the
+// server's transaction leaves nothing behind when a table exists already.
+void InitServerDb(const Options& options) {
+  if (options.force)
+    throw UsageError("--force replaces a SQLite file; on a server, drop the tables");
+  try {
+    CreateSuiteDatabase(FromUtf8(options.positional[0]), options.demo);
+  } catch (const Error& e) {
+    throw DatabaseError("cannot create the suite's tables in " + Masked(options.positional[0]) +
+                        ": " + e.what());
+  }
+}
+
+// Creates a new SQLite file. The database is built beside it under a
+// temporary name and moved into place only when complete, so a failure
+// leaves no file, or the file that was there, as it was.
+void InitFileDb(const Options& options) {
+  namespace fs = std::filesystem;
+  const std::string& given = options.positional[0];
+  std::string file = given.starts_with("sqlite:") ? given.substr(7) : given;
+  // A switch after the path belongs to the connection, not to the file's name.
+  if (const auto at = file.rfind("?statement_cache="); at != std::string::npos) file.resize(at);
+  const fs::path path = file;
+  std::error_code error;
+  if (fs::exists(fs::symlink_status(path, error)) && !options.force) {
+    throw DatabaseError(path.string() +
+                        " exists already; init-db creates a new database: remove it, "
+                        "or pass --force to replace it");
+  }
+  fs::path building = path;
+  building += ".init-" + std::to_string(getpid());
+  fs::remove(building, error);
+  try {
+    CreateSuiteDatabase(FromUtf8("sqlite:" + building.string()), options.demo);
+    fs::rename(building, path);
+  } catch (const std::exception& e) {
+    fs::remove(building, error);
+    throw DatabaseError("cannot create the database " + path.string() + ": " + e.what());
+  }
+}
+
 int InitDb(const Options& options) {
   if (options.positional.size() != 1) throw UsageError("init-db needs one PATH");
-  std::string target = options.positional[0];
-  if (target.rfind("sqlite:", 0) != 0 && target.rfind("odbc:", 0) != 0) target = "sqlite:" + target;
-  try {
-    CreateSuiteDatabase(FromUtf8(target), options.demo);
-  } catch (const Error& e) {
-    std::cerr << "kavrin: cannot create the database: " << e.what() << "\n";
-    return kUsage;
+  if (options.positional[0].starts_with("odbc:")) {
+    InitServerDb(options);
+  } else {
+    InitFileDb(options);
   }
   std::cout << "created " << options.positional[0] << (options.demo ? " with the demo company" : "")
             << "\n";
@@ -157,6 +201,9 @@ int Main(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return kavrin::tool::Main(argc, argv);
+  } catch (const kavrin::tool::DatabaseError& e) {
+    std::cerr << "kavrin: " << e.what() << "\n";
+    return kavrin::tool::kUsage;
   } catch (const kavrin::tool::UsageError& e) {
     std::cerr << "kavrin: " << e.what() << "\nRun `kavrin --help` for the commands.\n";
     return kavrin::tool::kUsage;

@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "db/DeclaredType.h"
-#include "db/SqlText.h"
+#include "db/SqlLexer.h"
 #include "db/odbc/PostgresTable.h"
 #include "kavrin/Error.h"
 #include "kavrin/OleDate.h"
@@ -20,7 +20,7 @@ static_assert(sizeof(SQLWCHAR) == sizeof(char16_t), "the wide ODBC API must be U
 
 namespace {
 
-const String kSource = u"Kavrin.ODBC";
+const String kSource(sources::kOdbc);
 
 std::atomic<uint64_t> statements_sent{0};
 
@@ -348,8 +348,7 @@ class OdbcConnection final : public Connection {
       folds_names_to_lower_ = identifier_case == SQL_IC_LOWER;
     }
     if (Contains(dbms_, u"PostgreSQL")) {
-      quoting_.dollar_quotes = true;
-      quoting_.escape_strings = true;
+      quoting_ = kPostgresProfile;
       // Literals are read as the statement splitter reads them, and a reading
       // session cannot write whatever a statement tries.
       Execute(u"SET standard_conforming_strings = on", timeouts_.query_seconds);
@@ -361,7 +360,7 @@ class OdbcConnection final : public Connection {
         Execute(u"SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY", timeouts_.query_seconds);
       }
     } else if (Contains(dbms_, u"SQL Server") || Contains(dbms_, u"Adaptive Server")) {
-      quoting_.brackets = true;
+      quoting_ = kSqlServerProfile;
     }
   }
 
@@ -478,7 +477,7 @@ class OdbcConnection final : public Connection {
   Timeouts timeouts_;
   std::shared_ptr<Session> session_;
   String dbms_;
-  SqlQuoting quoting_;
+  SqlProfile quoting_ = kStandardProfile;
   bool folds_names_to_lower_ = false;
   std::optional<PostgresTables> tables_;  // on PostgreSQL
 };

@@ -5,43 +5,11 @@
 #include <algorithm>
 
 #include "db/Collation.h"
+#include "db/SqlLexer.h"
 
 namespace kavrin::db::sqlite {
 
 namespace {
-
-bool IsIdentifierChar(char16_t c) {
-  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
-         c == u'_' || c == u'$' || c >= 0x80;
-}
-
-// Index just past the literal, quoted identifier or comment starting at i,
-// or i itself when none starts there.
-size_t SkipQuoted(StringView sql, size_t i) {
-  const char16_t c = sql[i];
-  if (c == u'\'' || c == u'"' || c == u'`' || c == u'[') {
-    const char16_t close = (c == u'[') ? u']' : c;
-    for (size_t j = i + 1; j < sql.size(); ++j) {
-      if (sql[j] == close) {
-        if (close != u']' && j + 1 < sql.size() && sql[j + 1] == close) {
-          ++j;  // doubled quote inside the literal
-          continue;
-        }
-        return j + 1;
-      }
-    }
-    return sql.size();
-  }
-  if (c == u'-' && i + 1 < sql.size() && sql[i + 1] == u'-') {
-    const size_t end = sql.find(u'\n', i);
-    return end == StringView::npos ? sql.size() : end + 1;
-  }
-  if (c == u'/' && i + 1 < sql.size() && sql[i + 1] == u'*') {
-    const size_t end = sql.find(u"*/", i + 2);
-    return end == StringView::npos ? sql.size() : end + 2;
-  }
-  return i;
-}
 
 // ---- functions ----
 
@@ -76,7 +44,11 @@ void Side(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   if (AnyNull(argc, argv)) return sqlite3_result_null(ctx);
   const sqlite3_int64 n = sqlite3_value_int64(argv[1]);
   if (n < 0) {
-    return sqlite3_result_error(ctx, "Invalid length parameter passed to the right function.", -1);
+    return sqlite3_result_error(ctx,
+                                kFromRight
+                                    ? "Invalid length parameter passed to the right function."
+                                    : "Invalid length parameter passed to the left function.",
+                                -1);
   }
   int units = 0;
   const char16_t* text = Text16(argv[0], &units);
@@ -197,38 +169,25 @@ String StoredTextAsUtf16(std::string_view utf8) {
 }
 
 String QuoteCallKeywords(StringView sql) {
+  const std::vector<SqlToken> tokens = Tokenize(sql, kSqliteProfile);
   String out;
   out.reserve(sql.size() + 8);
-  size_t i = 0;
-  while (i < sql.size()) {
-    const size_t skipped = SkipQuoted(sql, i);
-    if (skipped != i) {
-      out.append(sql.substr(i, skipped - i));
-      i = skipped;
-      continue;
+  for (size_t i = 0; i < tokens.size(); ++i) {
+    const StringView text = tokens[i].In(sql);
+    bool call = false;
+    if (tokens[i].kind == TokenKind::Word &&
+        (EqualsNoCase(text, u"right") || EqualsNoCase(text, u"left"))) {
+      size_t next = i + 1;
+      while (next < tokens.size() && !tokens[next].Significant())
+        ++next;
+      call = next < tokens.size() && tokens[next].kind == TokenKind::Operator &&
+             tokens[next].In(sql) == u"(";
     }
-    if (!IsIdentifierChar(sql[i]) || (i > 0 && IsIdentifierChar(sql[i - 1]))) {
-      out.push_back(sql[i++]);
-      continue;
-    }
-    size_t end = i;
-    while (end < sql.size() && IsIdentifierChar(sql[end]))
-      ++end;
-    const StringView word = sql.substr(i, end - i);
-    size_t next = end;
-    while (next < sql.size() &&
-           (sql[next] == u' ' || sql[next] == u'\t' || sql[next] == u'\r' || sql[next] == u'\n')) {
-      ++next;
-    }
-    const bool call = next < sql.size() && sql[next] == u'(';
-    if (call && (EqualsNoCase(word, u"right") || EqualsNoCase(word, u"left"))) {
-      out.push_back(u'"');
-      out.append(word);
-      out.push_back(u'"');
+    if (call) {
+      out.append(u"\"").append(text).append(u"\"");
     } else {
-      out.append(word);
+      out.append(text);
     }
-    i = end;
   }
   return out;
 }

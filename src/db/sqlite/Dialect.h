@@ -9,9 +9,9 @@ struct sqlite3;
 
 namespace kavrin::db::sqlite {
 
-// Quotes RIGHT and LEFT where a "(" follows them outside string literals and
-// comments, so that RIGHT(cMonth,2) is a call and not the start of a join.
-// Nothing else in the text changes.
+// Quotes the words RIGHT and LEFT where a "(" follows them (past blanks and
+// comments) outside literals, quoted names and comments, so that RIGHT(cMonth,2) is a call and not
+// the start of a join. Nothing else in the text changes.
 String QuoteCallKeywords(StringView sql);
 
 // The UTF-16 text SQLite gives for a text a UTF-8 database stores: the same

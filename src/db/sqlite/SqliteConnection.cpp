@@ -4,10 +4,12 @@
 
 #include <chrono>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 
 #include "db/DeclaredType.h"
+#include "db/SqlLexer.h"
 #include "db/StatementShape.h"
 #include "db/sqlite/Dialect.h"
 #include "db/sqlite/StatementCache.h"
@@ -17,13 +19,21 @@ namespace kavrin::db::sqlite {
 
 namespace {
 
-const String kSource = u"Kavrin.SQLite";
+const String kSource(sources::kSqlite);
 
 // How long a statement waits for a writer's lock before failing.
 constexpr int kBusyTimeoutMs = 2000;
 // How many virtual-machine steps the engine takes between two looks at the
 // running statement's deadline.
 constexpr int kProgressSteps = 1000;
+
+// An open database handle, closed when the last owner lets go of it. A
+// statement still open keeps the engine's connection alive until it is
+// finalized, as sqlite3_close_v2 allows.
+struct CloseDatabase {
+  void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
+};
+using DatabaseHandle = std::unique_ptr<sqlite3, CloseDatabase>;
 
 [[noreturn]] void Fail(sqlite3* db, int rc) {
   const int primary = rc & 0xFF;
@@ -352,37 +362,38 @@ class SqliteTable final : public Table {
 
 class SqliteConnection final : public Connection {
  public:
-  SqliteConnection(sqlite3* db, bool writable, bool utf8, std::chrono::milliseconds time_limit,
-                   bool statement_cache)
-      : db_(db),
+  SqliteConnection(DatabaseHandle db, bool writable, bool utf8,
+                   std::chrono::milliseconds time_limit, bool statement_cache)
+      : handle_(std::move(db)),
+        db_(handle_.get()),
         writable_(writable),
         utf8_(utf8),
-        describer_(db),
+        describer_(db_),
         watchdog_(std::make_shared<Watchdog>(time_limit)),
         cache_(statement_cache ? std::make_shared<StatementCache>(kCachedStatements) : nullptr) {
     if (!writable_)
       sqlite3_progress_handler(db_, kProgressSteps, Watchdog::Expired, watchdog_.get());
   }
-  ~SqliteConnection() override { sqlite3_close_v2(db_); }
 
   std::unique_ptr<Cursor> Query(StringView sql) override {
     watchdog_->Start();  // preparing counts too: a statement's time starts here
     const String text = QuoteCallKeywords(sql);
     if (cache_ && text.size() <= kLongestCachedText) {
-      if (auto shape = ShapeOf(text, kQuoting)) {
+      if (auto shape = ShapeOf(text, kSqliteProfile)) {
         if (Statement stmt = Compiled(*shape)) {
           return std::make_unique<SqliteCursor>(db_, watchdog_, std::move(stmt), describer_, utf8_);
         }
       }
     }
     sqlite3_stmt* raw = nullptr;
-    const void* tail = nullptr;
     const int rc =
-        sqlite3_prepare16_v3(db_, text.data(), static_cast<int>(text.size() * 2), 0, &raw, &tail);
+        sqlite3_prepare16_v3(db_, text.data(), static_cast<int>(text.size() * 2), 0, &raw, nullptr);
     Statement stmt(raw);
     if (rc != SQLITE_OK) Fail(db_, rc);
     if (!stmt) Refuse("The command text holds no statement.");
-    if (HoldsAnotherStatement(tail, text))
+    // The lexer reads the text as SQLite does, so it sees every statement
+    // SQLite would run after the first (and the statements of a trigger body).
+    if (SplitStatements(sql, kSqliteProfile).size() > 1)
       Refuse("The command text holds more than one statement.");
     if (!sqlite3_stmt_readonly(stmt.get())) Refuse("Only statements that read are allowed.");
     return std::make_unique<SqliteCursor>(db_, watchdog_, std::move(stmt), describer_, utf8_);
@@ -431,7 +442,6 @@ class SqliteConnection final : public Connection {
   // Compiled statements kept per connection, and the longest text kept.
   static constexpr size_t kCachedStatements = 128;
   static constexpr size_t kLongestCachedText = 8192;
-  static constexpr SqlQuoting kQuoting{.brackets = true};
 
   // The compiled statement of `shape` with its values bound, or null when
   // the shape does not compile to one statement that reads: the text then
@@ -534,22 +544,8 @@ class SqliteConnection final : public Connection {
     return shape;
   }
 
-  // Whether the rest of the text after the first statement holds another
-  // one (blanks, comments and semicolons alone do not count).
-  bool HoldsAnotherStatement(const void* tail, const String& text) const {
-    const auto* rest = static_cast<const char16_t*>(tail);
-    if (!rest) return false;
-    const auto offset = static_cast<size_t>(rest - text.data());
-    if (offset >= text.size()) return false;
-    const String remainder = text.substr(offset);
-    sqlite3_stmt* next = nullptr;
-    const int rc = sqlite3_prepare16_v3(db_, remainder.data(),
-                                        static_cast<int>(remainder.size() * 2), 0, &next, nullptr);
-    sqlite3_finalize(next);
-    return rc != SQLITE_OK || next != nullptr;
-  }
-
-  sqlite3* db_;
+  DatabaseHandle handle_;
+  sqlite3* db_;  // handle_'s, for the engine's calls
   bool writable_;
   bool utf8_;
   Describer describer_;
@@ -598,22 +594,17 @@ bool Configure(sqlite3* db, bool writable) {
 
 std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable,
                                      std::chrono::milliseconds time_limit, bool statement_cache) {
-  sqlite3* db = nullptr;
+  sqlite3* opened = nullptr;
   const int flags = writable ? (SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) : SQLITE_OPEN_READONLY;
-  const int rc = sqlite3_open_v2(path.c_str(), &db, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
+  const int rc = sqlite3_open_v2(path.c_str(), &opened, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
+  DatabaseHandle db(opened);  // even a failed open gives a handle to close
   if (rc != SQLITE_OK) {
-    const String message = FromUtf8(db ? sqlite3_errmsg(db) : sqlite3_errstr(rc));
-    sqlite3_close_v2(db);
+    const String message = FromUtf8(db ? sqlite3_errmsg(db.get()) : sqlite3_errstr(rc));
     throw Error(errors::kProviderFailure, kSource, message + u": " + FromUtf8(path));
   }
-  bool utf8 = false;
-  try {
-    utf8 = Configure(db, writable);
-  } catch (...) {
-    sqlite3_close_v2(db);
-    throw;
-  }
-  return std::make_unique<SqliteConnection>(db, writable, utf8, time_limit, statement_cache);
+  const bool utf8 = Configure(db.get(), writable);
+  return std::make_unique<SqliteConnection>(std::move(db), writable, utf8, time_limit,
+                                            statement_cache);
 }
 
 }  // namespace kavrin::db::sqlite

@@ -1,5 +1,4 @@
-// FromTo, CodeToName and GetAccInfo on real suite data, and how DBIA comes
-// into being and goes, and what init does.
+// FromTo, CodeToName and GetAccInfo: codes turned into names and settings.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -29,7 +28,7 @@ TEST_F(Lookups, FromToLetsFailuresThroughWhereCodeToNameAndGetAccInfoTrapThem) {
   EXPECT_TRUE(pub_.FromTo(u"cInvCode", u"99", u"cInvName", u"Inventory").IsNull()) << "no row";
   EXPECT_TRUE(pub_.FromTo(u"cInvCode", u"02", u"cInvName", u"Inventory").IsNull());
   EXPECT_KAVRIN_ERROR(pub_.FromTo(u"cInvCode", u"0'1", u"cInvName", u"Inventory"),
-                      errors::kProviderSyntax);
+                      errors::kProviderSyntax, testing::EngineSource());
 
   EXPECT_EQ(pub_.CodeToName(u"01", 0), u"Steel plate  ") << "not trimmed";
   for (const char16_t* code : {u"99", u"02", u"0'1"})
@@ -45,30 +44,8 @@ TEST_F(Lookups, FromToLetsFailuresThroughWhereCodeToNameAndGetAccInfoTrapThem) {
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cGoodClass"), u"2");
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cDepLevel"), u" 2 ");
   EXPECT_EQ(pub_.GetAccInfo(u"AA", u"cProvClass"), u"");
-  EXPECT_KAVRIN_ERROR(pub_.GetAccInfo(u"A'A", u"x"), errors::kProviderSyntax);
-}
-
-TEST(Lifecycle, DbiaIsCreatedOnFirstReadKeptByInitAndReleasedWithTheComponent) {
-  auto pub = std::make_unique<clsPub>();
-  const auto first = pub->DBIA();
-  ASSERT_NE(first, nullptr);
-  pub->init(u"C:\\suite\\books.mdb", u"secret");
-  EXPECT_EQ(pub->DBIA(), first) << "kept, whatever init is given";
-  EXPECT_FALSE(first->IsConnected());
-  // Unconnected, a query fails, unless the member traps every failure.
-  EXPECT_KAVRIN_ERROR(pub->GetAccInfo(u"AA", u"cGoodClass"), errors::kNoConnection);
-  EXPECT_EQ(pub->CodeToName(u"01", 0), u"");
-  pub->DBIA(nullptr);
-  EXPECT_NE(pub->DBIA(), first);
-
-  testing::SuiteDb suite;
-  const auto db = suite.Open();
-  pub->DBIA(db);
-  pub->init(u"");
-  EXPECT_EQ(pub->DBIA(), db);
-  EXPECT_EQ(db.use_count(), 2);
-  pub.reset();
-  EXPECT_EQ(db.use_count(), 1) << "destruction releases the host's object";
+  EXPECT_KAVRIN_ERROR(pub_.GetAccInfo(u"A'A", u"x"), errors::kProviderSyntax,
+                      testing::EngineSource());
 }
 
 }  // namespace
