@@ -422,31 +422,31 @@ def members():
 _MEMBERS = [_MemberSpec(i) for i in range(_lib.kavrin_member_count())]
 
 
-def _arguments(spec, args, named):
+def _arguments(info, args, named):
     if not named:
         return args
     args = list(args)
-    lowered = {p[0].lower(): i for i, p in enumerate(spec.parameters)}
+    lowered = {p[0].lower(): i for i, p in enumerate(info.parameters)}
     for key, value in named.items():
         index = lowered.get(key.lower())
         if index is None:
-            raise TypeError(f"{spec.name}() has no parameter {key!r}")
+            raise TypeError(f"{info.name}() has no parameter {key!r}")
         while len(args) <= index:
             args.append(Missing)
         args[index] = value
     return args
 
 
-def _method(spec):
+def _method(info):
     def call(self, *args, **named):
-        args = _arguments(spec, args, named)
-        answer, written = _invoke(self._handle, spec.encoded, _n.METHOD, args)
-        if spec.result == "Empty":
+        args = _arguments(info, args, named)
+        answer, written = _invoke(self._handle, info.encoded, _n.METHOD, args)
+        if info.result == "Empty":
             answer = None
-        if not spec.written:
+        if not info.written:
             return answer
         after = []
-        for index in spec.written:
+        for index in info.written:
             if index in written:
                 after.append(written[index])
             elif index < len(args):
@@ -456,8 +456,8 @@ def _method(spec):
                 after.append(Missing)
         return (answer, *after)
 
-    call.__name__ = spec.name
-    call.__doc__ = f"{spec.name}({', '.join(p[0] for p in spec.parameters)})"
+    call.__name__ = info.name
+    call.__doc__ = f"{info.name}({', '.join(p[0] for p in info.parameters)})"
     return call
 
 
