@@ -5,6 +5,7 @@
 #include "kavrin/Dao.h"
 #include "kavrin/Error.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -29,6 +30,7 @@ int32_t LastErrorNumber(Body&& body) {
 
 bool clsPub::ExistTableQueryDAO(const std::shared_ptr<dao::Database>& DB, const String& TName,
                                 bool IsQuery) {
+  const detail::CallReads reads(dbia_);
   const int32_t last_error = LastErrorNumber([&] {
     if (!DB) throw Error::Runtime(errors::kObjectNotSet);
     const auto found = IsQuery ? DB->QueryDefs(TName) : DB->TableDefs(TName);

@@ -3,6 +3,7 @@
 #include "data/Access.h"
 #include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -49,6 +50,7 @@ const NamedArchive* FindNamedArchive(uint8_t style) {
 
 Variant clsPub::FromTo(const String& strFrom, const String& strFromValue, const String& strTo,
                        const String& strTable) {
+  const detail::CallReads reads(dbia_);
   auto rs = std::make_shared<ado::Recordset>();
   rs->CursorLocation(ado::adUseClient);
   const String sql = u"select " + strTo + u" as name from " + strTable + u" where " + strFrom +
@@ -64,6 +66,7 @@ Variant clsPub::FromTo(const String& strFrom, const String& strFromValue, const 
 }
 
 String clsPub::CodeToName(const String& Code, uint8_t Style) {
+  const detail::CallReads reads(dbia_);
   return AnswerOrDefault(String(), [&] {
     const NamedArchive* archive = FindNamedArchive(Style);
     if (!archive) return String();
@@ -72,6 +75,7 @@ String clsPub::CodeToName(const String& Code, uint8_t Style) {
 }
 
 String clsPub::GetAccInfo(const String& SysID, const String& cName) {
+  const detail::CallReads reads(dbia_);
   const String sql =
       u"SELECT * FROM AccInformation WHERE cSysID='" + SysID + u"' AND cName='" + cName + u"'";
   auto rs = data::OpenKit(Database(), sql);

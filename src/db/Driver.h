@@ -118,6 +118,15 @@ class Connection {
   // stay unchanged between statements).
   virtual std::optional<DataVersion> LatestDataVersion() const { return std::nullopt; }
 
+  // From BeginReads to the matching EndReads, the statements of this
+  // connection read the data as one read does, so that each does not start
+  // and end a read of its own. Pairs nest; the outermost counts. EndReads
+  // ends that read (a record set still reading holds its own, as any
+  // statement does) and never throws. Engines that cannot share a read do
+  // nothing.
+  virtual void BeginReads() {}
+  virtual void EndReads() noexcept {}
+
   // The exact number of rows `sql` yields. This one runs the statement
   // through without keeping its rows.
   virtual int64_t Count(StringView sql);

@@ -14,89 +14,111 @@ struct Token {
   size_t end;
 };
 
-bool IsWordStart(char16_t c) {
-  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' || c >= 0x80;
-}
-
-bool IsWordPart(char16_t c) {
-  return IsWordStart(c) || (c >= u'0' && c <= u'9');
-}
-
 bool IsDigit(char16_t c) {
   return c >= u'0' && c <= u'9';
 }
 
-bool IsBlank(char16_t c) {
-  return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || c == u'\f';
+bool IsPlainWordPart(char16_t c) {
+  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' || c >= 0x80 ||
+         IsDigit(c);
+}
+
+bool IsNumberPart(char16_t c) {
+  return IsPlainWordPart(c) || c == u'.' || c == u'+' || c == u'-';
 }
 
 bool IsOperatorChar(char16_t c) {
   return std::u16string_view(u"=<>!+-*/%|").find(c) != std::u16string_view::npos;
 }
 
-// The tokens of `sql`, or nothing when it holds what this reading does not
-// know for certain: comments, semicolons, parameter marks, an unterminated
-// quote, quoting that only some servers know, a NUL.
+bool AllOf(StringView text, bool (*test)(char16_t)) {
+  for (char16_t c : text) {
+    if (!test(c)) return false;
+  }
+  return true;
+}
+
+// One token of the lexer as this reading sees it, or nothing when the text
+// holds what this reading does not know for certain: comments, semicolons,
+// parameter marks, an unterminated quote, literals other than plain 'texts',
+// names quoted in ways only some servers know, words with characters beyond
+// letters, digits and '_', a vertical tab, a NUL.
+std::optional<Kind> KindOf(const SqlToken& token, StringView sql) {
+  if (!token.terminated) return std::nullopt;
+  const StringView text = token.In(sql);
+  switch (token.kind) {
+    case TokenKind::Word:
+      if (!AllOf(text, IsPlainWordPart)) return std::nullopt;
+      return Kind::Word;
+    case TokenKind::Number:
+      if (!AllOf(text, IsNumberPart)) return std::nullopt;
+      return Kind::Number;
+    case TokenKind::Literal:
+      if (token.literal != LiteralKind::Text) return std::nullopt;
+      return Kind::Text;
+    case TokenKind::QuotedName:
+      if (text.front() == u'`') return std::nullopt;
+      // [a]]b] is one name only where brackets double.
+      if (text.front() == u'[' && token.ValueIn(sql).find(u']') != StringView::npos)
+        return std::nullopt;
+      return Kind::Name;
+    case TokenKind::Operator:
+      if (text == u"(") return Kind::Open;
+      if (text == u")") return Kind::Close;
+      if (text == u",") return Kind::Comma;
+      if (text == u".") return Kind::Dot;
+      if (!AllOf(text, IsOperatorChar)) return std::nullopt;
+      return Kind::Operator;
+    default:
+      return std::nullopt;
+  }
+}
+
+// The tokens of `sql` read by the server's lexer: blanks dropped, a run of
+// operator characters taken as one operator ("<=>" is not "<=" then ">"), and
+// a number the lexer starts with its dot (".5") read as a dot and a number,
+// and dots, digits and letters right after a number taken into it ("1.2.3",
+// "1e5.", "1.a": one token, not a number).
 std::optional<std::vector<Token>> Tokens(StringView sql, const SqlProfile& quoting) {
   std::vector<Token> tokens;
-  size_t at = 0;
-  while (at < sql.size()) {
-    const char16_t c = sql[at];
-    const size_t begin = at;
-    if (IsBlank(c)) {
-      ++at;
+  SqlLexer lexer(sql, quoting);
+  SqlToken token;
+  while (lexer.Next(token)) {
+    if (token.kind == TokenKind::Blanks) {
+      if (token.In(sql).find(u'\v') != StringView::npos) return std::nullopt;
       continue;
     }
-    Kind kind;
-    if (IsWordStart(c)) {
-      while (at < sql.size() && IsWordPart(sql[at]))
-        ++at;
-      kind = Kind::Word;
-    } else if (IsDigit(c)) {
-      while (at < sql.size() && (IsWordPart(sql[at]) || sql[at] == u'.'))
-        ++at;
-      kind = Kind::Number;
-    } else if (c == u'\'' || c == u'"' || (c == u'[' && quoting.bracket_names)) {
-      const char16_t close = c == u'[' ? u']' : c;
-      const bool doubles = c != u'[';
-      for (++at;; ++at) {
-        if (at >= sql.size()) return std::nullopt;
-        if (sql[at] != close) continue;
-        if (doubles && at + 1 < sql.size() && sql[at + 1] == close) {
-          ++at;
-          continue;
-        }
-        ++at;
-        break;
-      }
-      kind = c == u'\'' ? Kind::Text : Kind::Name;
-    } else if (IsOperatorChar(c)) {
-      while (at < sql.size() && IsOperatorChar(sql[at]))
-        ++at;
-      const StringView op = sql.substr(begin, at - begin);
-      if (op.find(u"--") != StringView::npos || op.find(u"/*") != StringView::npos)
-        return std::nullopt;
-      kind = Kind::Operator;
-    } else if (c == u'(' || c == u')' || c == u',' || c == u'.') {
-      ++at;
-      kind = c == u'(' ? Kind::Open : c == u')' ? Kind::Close : c == u',' ? Kind::Comma : Kind::Dot;
-    } else {
-      return std::nullopt;
+    auto kind = KindOf(token, sql);
+    if (!kind) return std::nullopt;
+    size_t begin = token.begin;
+    if ((*kind == Kind::Number || *kind == Kind::Dot || *kind == Kind::Word) && !tokens.empty() &&
+        tokens.back().kind == Kind::Number && tokens.back().end == begin) {
+      tokens.back().end = token.end;
+      continue;
+    }
+    if (*kind == Kind::Number && sql[begin] == u'.') {
+      tokens.push_back({Kind::Dot, begin, begin + 1});
+      ++begin;
+    }
+    if (*kind == Kind::Operator && !tokens.empty() && tokens.back().kind == Kind::Operator &&
+        tokens.back().end == begin) {
+      tokens.back().end = token.end;
+      continue;
     }
     // A literal touching a word, a number or another literal is a form this
     // reading does not know (E'..', X'..', N'..', '..''..' split oddly).
     if (!tokens.empty() && tokens.back().end == begin) {
       const Kind before = tokens.back().kind;
-      const bool literal_pair = kind == Kind::Text || before == Kind::Text;
+      const bool literal_pair = *kind == Kind::Text || before == Kind::Text;
       const bool wordlike = before == Kind::Word || before == Kind::Number ||
-                            before == Kind::Name || kind == Kind::Word || kind == Kind::Number ||
-                            kind == Kind::Name;
+                            before == Kind::Name || *kind == Kind::Word || *kind == Kind::Number ||
+                            *kind == Kind::Name;
       if (literal_pair && wordlike) return std::nullopt;
     }
     // Two literals in a row are one on some servers.
-    if (kind == Kind::Text && !tokens.empty() && tokens.back().kind == Kind::Text)
+    if (*kind == Kind::Text && !tokens.empty() && tokens.back().kind == Kind::Text)
       return std::nullopt;
-    tokens.push_back({kind, begin, at});
+    tokens.push_back({*kind, begin, token.end});
   }
   return tokens;
 }

@@ -5,6 +5,7 @@
 #include "data/Access.h"
 #include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -19,6 +20,7 @@ String HeadText(const Variant& head) {
 
 void clsPub::GetInvDifHead(const String& cWhCode, const String& cInvClass, const String& cInvCode,
                            String& strHeadCode, String& strDifCode) {
+  const detail::CallReads reads(dbia_);
   // The inventory-class coding scheme is read, though the heads do not depend
   // on it; a failure to read it still fails the call.
   GetAccInfo(u"AA", u"cGoodClass");
@@ -60,11 +62,13 @@ void clsPub::GetInvDifHead(const String& cWhCode, const String& cInvClass, const
 
 void clsPub::GetInvDifHead(const String& cWhCode, const String& cInvClass, const String& cInvCode,
                            String& strHeadCode) {
+  const detail::CallReads reads(dbia_);
   String unused_dif;
   GetInvDifHead(cWhCode, cInvClass, cInvCode, strHeadCode, unused_dif);
 }
 
 void clsPub::GetInvDifHead(const String& cWhCode, const String& cInvClass, const String& cInvCode) {
+  const detail::CallReads reads(dbia_);
   String unused_head;
   String unused_dif;
   GetInvDifHead(cWhCode, cInvClass, cInvCode, unused_head, unused_dif);

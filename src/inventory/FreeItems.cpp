@@ -4,6 +4,7 @@
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -16,6 +17,7 @@ constexpr int16_t kFreeItemCount = 10;
 }  // namespace
 
 void clsPub::GetInvUseFree(const String& strInvCode, bool& blnFree1, bool& blnFree2) {
+  const detail::CallReads reads(dbia_);
   const String sql = u"Select bFree1,bFree2 from Inventory where cinvcode='" + strInvCode + u"'";
   auto rs = data::OpenDirect(Database(), sql, /*client_cursor=*/false);
   // Reset only once the query is open: a failing query leaves the caller's
@@ -30,6 +32,7 @@ void clsPub::GetInvUseFree(const String& strInvCode, bool& blnFree1, bool& blnFr
 }
 
 void clsPub::GetInvUseFreeNew(const String& strInvCode, Variant& blnFree) {
+  const detail::CallReads reads(dbia_);
   const String sql =
       u"Select bFree1,bFree2,bFree3,bFree4,bFree5,bFree6,bFree7,bFree8,bFree9,bFree10"
       u" from Inventory where cinvcode='" +

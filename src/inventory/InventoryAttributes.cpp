@@ -6,6 +6,7 @@
 #include "kavrin/Convert.h"
 #include "kavrin/Host.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -14,21 +15,25 @@ namespace kavrin {
 // converting the Null fails into the trap.
 
 String clsPub::InvCodeToUnit(const String& cCode) {
+  const detail::CallReads reads(dbia_);
   return AnswerOrDefault(
       String(), [&] { return ToString(FromTo(u"cInvCode", cCode, u"cInvM_Unit", u"Inventory")); });
 }
 
 double clsPub::InvCodeToUnitPrice(const String& Code) {
+  const detail::CallReads reads(dbia_);
   return AnswerOrDefault(
       0.0, [&] { return ToDouble(FromTo(u"cInvCode", Code, u"iInvRCost", u"Inventory")); });
 }
 
 String clsPub::InvCodeToClass(const String& cCode) {
+  const detail::CallReads reads(dbia_);
   return AnswerOrDefault(
       String(), [&] { return ToString(FromTo(u"cInvCode", cCode, u"cInvCCode", u"Inventory")); });
 }
 
 Variant clsPub::InvIsBatch(const String& cCode) {
+  const detail::CallReads reads(dbia_);
   const String sql = String(u"SELECT bTrack FROM Inventory") + u" WHERE cInvCode='" + cCode + u"'";
   auto rs = data::OpenKit(Database(), sql);
   // A missing item is "not batch-tracked"; a present one answers its switch
@@ -40,6 +45,7 @@ Variant clsPub::InvIsBatch(const String& cCode) {
 }
 
 bool clsPub::InvCodeIsTorF(const String& cCode, const String& cType) {
+  const detail::CallReads reads(dbia_);
   const String sql = u"SELECT " + cType + u" FROM Inventory WHERE cInvCode='" + cCode + u"'";
   auto rs = data::OpenKit(Database(), sql);
   bool answer = false;

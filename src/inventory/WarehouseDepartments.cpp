@@ -6,6 +6,7 @@
 #include "kavrin/Convert.h"
 #include "kavrin/Error.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -36,17 +37,20 @@ String ListItem(const Variant& code, const Variant& name) {
 }  // namespace
 
 String clsPub::WhCodeToValueStyle(const String& WhCode) {
+  const detail::CallReads reads(dbia_);
   return AnswerOrDefault(String(), [&] {
     return ToString(FromTo(u"cWhCode", WhCode, u"cWhValueStyle", u"Warehouse"));
   });
 }
 
 String clsPub::WhCodeToDep(const String& WhCode) {
+  const detail::CallReads reads(dbia_);
   return AnswerOrDefault(
       String(), [&] { return ToString(FromTo(u"cWhCode", WhCode, u"cDepCode", u"Warehouse")); });
 }
 
 String clsPub::DepCodeToValueStyle(const String& Code) {
+  const detail::CallReads reads(dbia_);
   String sql = u"SELECT DISTINCT cWhValueStyle FROM Warehouse ";
   sql += u"WHERE cDepCode='" + Code + u"'";
   auto rs = data::OpenKit(Database(), sql);
@@ -59,6 +63,7 @@ String clsPub::DepCodeToValueStyle(const String& Code) {
 }
 
 String clsPub::DepCode2WhCode(const String& cDepCode) {
+  const detail::CallReads reads(dbia_);
   const String sql = u"SELECT cWhCode FROM Warehouse WHERE cDepCode='" + cDepCode + u"'";
   auto rs = data::OpenKit(Database(), sql);
   String answer;
@@ -72,6 +77,7 @@ String clsPub::DepCode2WhCode(const String& cDepCode) {
 }
 
 void clsPub::FillCboCK(const Variant& Cbo, const String& AccDep) {
+  const detail::CallReads reads(dbia_);
   // The list is emptied first, so it stays empty whatever fails later.
   ListControl(Cbo).Call(u"Clear");
   String sql = u"SELECT cWhCode,cWhName FROM WareHouse";

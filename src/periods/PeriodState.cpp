@@ -5,6 +5,7 @@
 #include "kavrin/Format.h"
 #include "kavrin/OleDate.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -39,6 +40,7 @@ Variant PeriodAfter(const Variant& last) {
 }  // namespace
 
 Variant clsPub::CurPeriod() {
+  const detail::CallReads reads(dbia_);
   auto rs = data::OpenKit(Database(),
                           u"SELECT MAX(iPeriod) AS "
                           u"CurMonth FROM GL_mEnd WHERE bFlag_IA=1");
@@ -59,6 +61,7 @@ Variant clsPub::CurPeriod() {
 }
 
 bool clsPub::GetMonthState(const String& strSysID, int16_t intMonth) {
+  const detail::CallReads reads(dbia_);
   // The general ledger's own flag has no suffix; the id is compared exactly.
   const String flag = strSysID == u"GL" ? String(u"bFlag") : u"bFlag_" + strSysID;
   const String sql =
@@ -71,6 +74,7 @@ bool clsPub::GetMonthState(const String& strSysID, int16_t intMonth) {
 }
 
 bool clsPub::IsEndHandled(uint8_t /*iMonth*/) {
+  const detail::CallReads reads(dbia_);
   // The month asked about is never read: every warehouse is compared with the
   // current period, as two digits ("03", and "00" while no period is closed).
   const String period = FormatNumber(ToString(CurPeriod()), u"00");
@@ -87,6 +91,7 @@ bool clsPub::IsEndHandled(uint8_t /*iMonth*/) {
 }
 
 Date clsPub::SubMaxKeepDate() {
+  const detail::CallReads reads(dbia_);
   auto rs = data::OpenKit(Database(), u"SELECT MAX(dKeepDate) as MyDate FROM IA_Subsidiary ");
   Date latest{};  // an empty ledger answers the zero date
   if (!data::HoldsNoRow(*rs)) {
@@ -98,6 +103,7 @@ Date clsPub::SubMaxKeepDate() {
 }
 
 uint8_t clsPub::StartAccMonth(String& SysID) {
+  const detail::CallReads reads(dbia_);
   if (SysID.empty()) SysID = u"IA";
   const String sql = u"SELECT * FROM AccInformation WHERE cSysID='" + SysID + u"' AND cName='d" +
                      SysID + u"StartDate'";
@@ -115,6 +121,7 @@ uint8_t clsPub::StartAccMonth(String& SysID) {
 }
 
 uint8_t clsPub::StartAccMonth() {
+  const detail::CallReads reads(dbia_);
   String SysID;
   return StartAccMonth(SysID);
 }

@@ -3,10 +3,12 @@
 #include "data/Access.h"
 #include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
 String clsPub::JustID2Code(int32_t ID) {
+  const detail::CallReads reads(dbia_);
   const String sql =
       u"SELECT cJVCode FROM JustInVouchs"
       u" WHERE AutoID=" +
@@ -20,6 +22,7 @@ String clsPub::JustID2Code(int32_t ID) {
 }
 
 String clsPub::JustIDs2CorBusType(int32_t ID, bool IsCor) {
+  const detail::CallReads reads(dbia_);
   // Through the receipt or dispatch voucher the adjustment line corresponds
   // to, or through the ledger entries the adjustment line produced.
   const String sql =

@@ -2,6 +2,7 @@
 #include "kavrin/Error.h"
 #include "kavrin/KitDatabase.h"
 #include "platform/Access.h"
+#include "platform/CallReads.h"
 #include "platform/Criteria.h"
 
 namespace kavrin {
@@ -97,6 +98,18 @@ std::shared_ptr<KitRecordset> KitDatabase::OpenQuery(StringView source, const Va
 }
 
 namespace detail {
+
+CallReads::CallReads(const std::shared_ptr<KitDatabase>& dbia) {
+  if (!dbia || !dbia->IsConnected()) return;
+  auto& state = Access::State(*dbia->Connection());
+  if (!state.engine) return;
+  state.engine->BeginReads();
+  connection_ = state.shared_from_this();
+}
+
+CallReads::~CallReads() {
+  if (connection_ && connection_->engine) connection_->engine->EndReads();
+}
 
 std::shared_ptr<KitRecordset> OpenFullyLoaded(KitDatabase& db, StringView source) {
   auto recordset = std::make_shared<ado::Recordset>();

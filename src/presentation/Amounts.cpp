@@ -4,6 +4,7 @@
 #include "kavrin/Convert.h"
 #include "kavrin/Format.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 #include "runtime/StringOf.h"
 
 namespace kavrin {
@@ -25,12 +26,14 @@ String ZeroText(const Variant& DispZero) {
 }  // namespace
 
 String clsPub::FormatNum(double Num, const Variant& DispZero) {
+  const detail::CallReads reads(dbia_);
   const Variant show_zero = ZeroChoice(DispZero);
   if (Num != 0) return FormatNumber(Num, u"##,##0.00");
   return ZeroText(show_zero);
 }
 
 String clsPub::FormatNum1(double Num, int16_t DecimalLength, const Variant& DispZero) {
+  const detail::CallReads reads(dbia_);
   const Variant show_zero = ZeroChoice(DispZero);
   if (Num != 0) {
     // The decimals are built before the choice, so a negative count fails
@@ -43,6 +46,7 @@ String clsPub::FormatNum1(double Num, int16_t DecimalLength, const Variant& Disp
 }
 
 double clsPub::ReFormat(const String& str) {
+  const detail::CallReads reads(dbia_);
   if (Trim(str).empty()) return 0;
   const String six_decimals = FormatNumber(ParseNumber(str), u"0.000000");
   return ParseNumber(six_decimals);

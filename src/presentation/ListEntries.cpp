@@ -2,6 +2,7 @@
 // the warehouse list) into its code or its name.
 #include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -29,6 +30,7 @@ String NamePart(const String& Code) {
 }  // namespace
 
 String clsPub::SepCode(String& Code, const Variant& bName) {
+  const detail::CallReads reads(dbia_);
   const Variant wants_name = bName.IsMissing() ? Variant(false) : bName;
   // The complement decides: false, 0 and any number but -1 ask for the code;
   // true (-1) and Null ask for the name.

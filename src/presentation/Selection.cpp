@@ -5,6 +5,7 @@
 #include "kavrin/Error.h"
 #include "kavrin/Host.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 #include "runtime/Checked.h"
 
 namespace kavrin {
@@ -21,6 +22,7 @@ int16_t SelectionLength(const Variant& text) {
 }  // namespace
 
 void clsPub::TextSelected() {
+  const detail::CallReads reads(dbia_);
   const std::shared_ptr<Dispatch> control = CurrentUiHost()->ActiveControl();
   if (!control) throw Error::Runtime(errors::kObjectNotSet);
   if (control->TypeName() != u"TextBox") return;

@@ -5,6 +5,7 @@
 // 32767 fails with an overflow.
 #include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 #include "runtime/Checked.h"
 
 namespace kavrin {
@@ -38,6 +39,7 @@ String CharacterAt(const String& text, int32_t i) {
 }  // namespace
 
 int16_t clsPub::CodeGrade2Length(int16_t iGrade, int16_t iType) {
+  const detail::CallReads reads(dbia_);
   String scheme;
   if (const char16_t* setting = SchemeSettingOf(iType)) scheme = GetAccInfo(u"AA", setting);
   // Grades add up. A grade past the scheme's end, or a character that is no
@@ -50,6 +52,7 @@ int16_t clsPub::CodeGrade2Length(int16_t iGrade, int16_t iType) {
 }
 
 int16_t clsPub::GetCodeLen(const String& strCode) {
+  const detail::CallReads reads(dbia_);
   // Every character must be a digit here; anything else is a type mismatch.
   const auto n = static_cast<int32_t>(strCode.size());
   int16_t length = 0;

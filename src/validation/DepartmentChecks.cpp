@@ -8,6 +8,7 @@
 #include "data/Access.h"
 #include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -58,14 +59,17 @@ String CodeThenName(KitDatabase& db, const DepartmentQuery& query, const String&
 }  // namespace
 
 String clsPub::CheckAccDep(const String& cString, bool IsReturnName) {
+  const detail::CallReads reads(dbia_);
   return CodeThenName(Database(), BoundDepartments(IsReturnName), cString, IsReturnName);
 }
 
 String clsPub::CheckAssDep(const String& cString, bool IsReturnName) {
+  const detail::CallReads reads(dbia_);
   return CodeThenName(Database(), ValuedDepartments(IsReturnName), cString, IsReturnName);
 }
 
 bool clsPub::CheckWareDep() {
+  const detail::CallReads reads(dbia_);
   // Every warehouse is bound to a department.
   auto rs = data::OpenKit(Database(), u"SELECT * FROM WareHouse WHERE cDepCode is null");
   if (!data::HoldsNoRow(*rs)) {

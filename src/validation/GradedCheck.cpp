@@ -7,6 +7,7 @@
 #include "data/Access.h"
 #include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -135,6 +136,7 @@ String QueryByCodeThenName(KitDatabase& db, std::shared_ptr<KitRecordset>& looku
 }  // namespace
 
 String clsPub::CheckDirGrade(const String& cString, bool IsEnd, int16_t iType, bool IsReturnName) {
+  const detail::CallReads reads(dbia_);
   if (Trim(cString).empty()) return {};
   const FoundArchive* found = ArchiveOfType(kFoundArchives, iType);
   const QueriedArchive* queried = ArchiveOfType(kQueriedArchives, iType);

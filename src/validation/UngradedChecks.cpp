@@ -7,6 +7,7 @@
 #include "data/Access.h"
 #include "kavrin/Convert.h"
 #include "kavrin/clsPub.h"
+#include "platform/CallReads.h"
 
 namespace kavrin {
 
@@ -73,6 +74,7 @@ String CodeThenName(KitDatabase& db, std::shared_ptr<KitRecordset>& lookup,
 }  // namespace
 
 String clsPub::CheckDirNoGrade(const String& cString, int16_t iType, bool IsReturnName) {
+  const detail::CallReads reads(dbia_);
   if (Trim(cString).empty()) return {};
   const FlatArchive* archive = FlatArchiveOfType(iType);
   // An archive type not served here opens nothing: the unopened record set
@@ -91,6 +93,7 @@ String clsPub::CheckDirNoGrade(const String& cString, int16_t iType, bool IsRetu
 }
 
 String clsPub::CheckInv(const String& cString, bool IsReturnName) {
+  const detail::CallReads reads(dbia_);
   if (Trim(cString).empty()) return {};
   auto table = data::OpenKit(Database(), kInventory.table);
   // Only whether the inventory has a row matters here: the record set knows

@@ -1,10 +1,13 @@
 // The SQL lexer under each server's quoting rules: exact tokens for the
-// tricky cases, the statements a text splits into, and the kit's own
-// expressions (bare table names).
+// tricky cases, the statements a text splits into, the kit's own
+// expressions (bare table names) and the shapes of statements read with it.
 #include "db/SqlLexer.h"
+
+#include <variant>
 
 #include <gtest/gtest.h>
 
+#include "db/StatementShape.h"
 #include "kavrin/Convert.h"
 #include "platform/State.h"
 
@@ -136,6 +139,64 @@ TEST(SqlLexer, BareTableNamesAreWordsJoinedByDots) {
   for (const char16_t* text :
        {u"", u"select 1", u"1abc", u"a.", u"[Inventory]", u"a;b", u"a-b", u"Inventory ", u"a.5"})
     EXPECT_FALSE(detail::IsBareTableName(text)) << ToUtf8(text);
+}
+
+// A statement's shape: which literals become bound values, and the texts
+// that keep no shape because a bound value could answer differently or the
+// text cannot be read with certainty.
+TEST(StatementShape, BindsOnlyComparedValuesAndRefusesWhatItCannotRead) {
+  struct ShapeCase {
+    const char16_t* sql;
+    const char* shape;  // "" when the text has no shape
+    const char* values;
+  };
+  const ShapeCase cases[] = {
+      {u"select a from t where x='it''s' and y=12", "select a from t where x=? and y=?",
+       "'it's'|12|"},
+      {u"select 'a', 1 from t where x = (select max(y) from u where z >= 3) order by 1",
+       "select 'a', 1 from t where x = (select max(y) from u where z >= ?) order by 1", "3|"},
+      {u"select a from t where substring(x, 2, 3) = 'ab' and len(y)<>0",
+       "select a from t where substring(x, ?, ?) = ? and len(y)<>?", "2|3|'ab'|0|"},
+      {u"select a from t join u on u.k=1 left join v on v.k = '2'",
+       "select a from t join u on u.k=? left join v on v.k = ?", "1|'2'|"},
+      {u"select a from t where x = 1.5 or x = -1 or x = 12abc or x <=> 1 or x = 1e5",
+       "select a from t where x = 1.5 or x = -1 or x = 12abc or x <=> 1 or x = 1e5", ""},
+      {u"select a from t where x = 'a' || 'b' and y like 'c%'",
+       "select a from t where x = 'a' || 'b' and y like 'c%'", ""},
+      {u"select a from t where x = 1 -- note", "", ""},
+      {u"select a from t where x = 1 /* note */", "", ""},
+      {u"select a from t where x = 1; delete from t", "", ""},
+      {u"select a from t where x = ?", "", ""},
+      {u"select a from t where x = :k", "", ""},
+      {u"select a from t where x = 'open", "", ""},
+      {u"select a from t where x = X'0A'", "", ""},
+      {u"select a from t where x = 'a' 'b'", "", ""},
+      {u"select a from `t` where x = 1", "", ""},
+      {u"select a$b from t where x = 1", "", ""},
+      {u"select a from t where (x = 1", "", ""},
+      {u"update t set x = 1 where y = 2", "", ""},
+  };
+  for (const ShapeCase& c : cases) {
+    const auto shape = db::ShapeOf(c.sql, db::kSqliteProfile);
+    if (!*c.shape) {
+      EXPECT_FALSE(shape) << ToUtf8(c.sql);
+      continue;
+    }
+    ASSERT_TRUE(shape) << ToUtf8(c.sql);
+    std::string values;
+    for (const auto& value : shape->values) {
+      values += std::holds_alternative<String>(value) ? "'" + ToUtf8(std::get<String>(value)) + "'"
+                                                      : std::to_string(std::get<int64_t>(value));
+      values += '|';
+    }
+    EXPECT_EQ(ToUtf8(shape->text), c.shape) << ToUtf8(c.sql);
+    EXPECT_EQ(values, c.values) << ToUtf8(c.sql);
+  }
+  // Quoting only some servers know keeps no shape on the others.
+  EXPECT_FALSE(db::ShapeOf(u"select a from t where x = N'a'", db::kSqlServerProfile));
+  EXPECT_FALSE(db::ShapeOf(u"select a from t where x = E'a\\'", db::kPostgresProfile));
+  EXPECT_FALSE(db::ShapeOf(u"select a from t where x = $$a$$", db::kPostgresProfile));
+  EXPECT_FALSE(db::ShapeOf(u"select a from [t]]u] where x = 1", db::kSqlServerProfile));
 }
 
 }  // namespace

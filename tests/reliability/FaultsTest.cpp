@@ -213,6 +213,35 @@ TEST_F(Faults, AWriterHoldingTheLockMakesCallsWaitTwoSecondsThenFail) {
   ExpectServesAgain(db);
 }
 
+// The statements of one call share one read of the data, which ends with
+// the call, even a failed one: a writer commits at once between calls, the
+// next call reads what it wrote, and a caller's own BEGIN stays refused.
+TEST_F(Faults, AWriterCommitsRightAfterEachCallAndTheNextCallSeesIt) {
+  auto db = suite_.Open();
+  pub_.DBIA(db);
+  auto writer = db::OpenForSetup(suite_.ConnectionString());
+  const auto write = [&](StringView name) {
+    const auto start = std::chrono::steady_clock::now();
+    // On SQLite the writer takes the file's lock, which a read still open
+    // would make it wait for.
+    const String update =
+        u"UPDATE Inventory SET cInvName = '" + String(name) + u"' WHERE cInvCode = '010101'";
+    writer->ExecuteScript(testing::OnPostgres() ? update
+                                                : u"BEGIN EXCLUSIVE; " + update + u"; COMMIT");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 1s) << "a read outlived its call";
+  };
+  ASSERT_EQ(pub_.CheckDirNoGrade(u"010101", 0, true), u"刨花板 18mm");
+  write(u"first");
+  EXPECT_EQ(pub_.CheckDirNoGrade(u"010101", 0, true), u"first");
+  EXPECT_THROW(pub_.GetAccInfo(u"AA' AND nosuch = '1", u"cGoodClass"), Error);
+  write(u"second");
+  EXPECT_EQ(pub_.CodeToName(u"010101", 0), u"second");
+  write(u"third");
+  EXPECT_EQ(pub_.CheckDirNoGrade(u"010101", 0, true), u"third");
+  for (StringView text : {u"BEGIN", u"COMMIT", u"ROLLBACK", u"END"})
+    EXPECT_THROW(db->OpenQuery(text), Error) << ToUtf8(text);
+}
+
 TEST_F(Faults, ATableAndAColumnDroppedWhileTheObjectHoldsItsRecordSet) {
   pub_.DBIA(suite_.Open());
   // The archive check leaves its record set over Inventory open in the object.

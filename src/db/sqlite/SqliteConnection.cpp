@@ -62,13 +62,19 @@ using DatabaseHandle = std::unique_ptr<sqlite3, CloseDatabase>;
 // anything, no writes, no extension loading. A second line of defence behind
 // the read-only open and query_only. Recursive common table expressions are
 // refused too: the suite's queries have none, and one typed into a code
-// field can generate rows without end.
-int Authorize(void*, int action, const char*, const char*, const char*, const char*) {
+// field can generate rows without end. Beginning and ending a transaction
+// is allowed only to the connection itself, while `own_transaction` (the
+// flag the authorizer is given) is set around its BEGIN and COMMIT.
+int Authorize(void* own_transaction, int action, const char*, const char*, const char*,
+              const char*) {
   switch (action) {
     case SQLITE_SELECT:
     case SQLITE_READ:
     case SQLITE_FUNCTION:
       return SQLITE_OK;
+    case SQLITE_TRANSACTION:
+      return own_transaction && *static_cast<const bool*>(own_transaction) ? SQLITE_OK
+                                                                           : SQLITE_DENY;
     default:
       return SQLITE_DENY;
   }
@@ -371,11 +377,28 @@ class SqliteConnection final : public Connection {
         describer_(db_),
         watchdog_(std::make_shared<Watchdog>(time_limit)),
         cache_(statement_cache ? std::make_shared<StatementCache>(kCachedStatements) : nullptr) {
-    if (!writable_)
+    if (!writable_) {
       sqlite3_progress_handler(db_, kProgressSteps, Watchdog::Expired, watchdog_.get());
+      sqlite3_set_authorizer(db_, Authorize, &own_transaction_);
+    }
+  }
+
+  // The transaction itself begins with the first statement run until
+  // EndReads (see ShareReads): a call that reads nothing costs nothing.
+  void BeginReads() override {
+    if (!writable_) ++reads_;
+  }
+
+  // A COMMIT of a transaction that only read leaves statements still reading
+  // as they are (a ROLLBACK would abort them).
+  void EndReads() noexcept override {
+    if (reads_ == 0 || --reads_ > 0 || !in_reads_) return;
+    in_reads_ = false;
+    if (!sqlite3_get_autocommit(db_)) Own(commit_, "COMMIT");
   }
 
   std::unique_ptr<Cursor> Query(StringView sql) override {
+    ShareReads();
     watchdog_->Start();  // preparing counts too: a statement's time starts here
     const String text = QuoteCallKeywords(sql);
     if (cache_ && text.size() <= kLongestCachedText) {
@@ -426,6 +449,7 @@ class SqliteConnection final : public Connection {
   }
 
   std::unique_ptr<Table> OpenTable(StringView name) override {
+    ShareReads();
     const std::string key = ToUtf8(ToLowerAscii(name));
     auto found = shapes_.find(key);
     if (found == shapes_.end() || !found->second ||
@@ -438,6 +462,29 @@ class SqliteConnection final : public Connection {
   }
 
  private:
+  // One deferred transaction, begun before the first statement between
+  // BeginReads and EndReads: that statement starts the read that the others
+  // share.
+  void ShareReads() {
+    if (reads_ > 0 && !in_reads_ && sqlite3_get_autocommit(db_)) in_reads_ = Own(begin_, "BEGIN");
+  }
+
+  // Runs one of the connection's own transaction statements.
+  // Compiled once and kept: the authorizer lets them compile (and compile
+  // again after a schema change, which happens while they run) only here.
+  bool Own(Statement& kept, const char* statement) noexcept {
+    own_transaction_ = true;
+    if (!kept) {
+      sqlite3_stmt* raw = nullptr;
+      sqlite3_prepare_v3(db_, statement, -1, SQLITE_PREPARE_PERSISTENT, &raw, nullptr);
+      kept.reset(raw);
+    }
+    const int rc = kept ? sqlite3_step(kept.get()) : SQLITE_ERROR;
+    if (kept) sqlite3_reset(kept.get());
+    own_transaction_ = false;
+    return rc == SQLITE_DONE;
+  }
+
   static constexpr size_t kMaxShapes = 256;
   // Compiled statements kept per connection, and the longest text kept.
   static constexpr size_t kCachedStatements = 128;
@@ -552,6 +599,10 @@ class SqliteConnection final : public Connection {
   std::shared_ptr<Watchdog> watchdog_;
   std::unordered_map<std::string, std::shared_ptr<const TableShape>> shapes_;
   std::shared_ptr<StatementCache> cache_;  // null when statements are compiled each time
+  Statement begin_, commit_;               // the shared read's own BEGIN and COMMIT
+  bool own_transaction_ = false;           // set while the connection begins or ends its own
+  int reads_ = 0;                          // BeginReads not yet ended
+  bool in_reads_ = false;                  // the outermost BeginReads began a transaction
 };
 
 // Whether the database keeps its texts in UTF-8.
