@@ -8,18 +8,17 @@
 #include <optional>
 #include <unordered_map>
 
-#include "db/DeclaredType.h"
 #include "db/SqlLexer.h"
 #include "db/StatementShape.h"
 #include "db/sqlite/Dialect.h"
+#include "db/sqlite/KeyedTable.h"
 #include "db/sqlite/StatementCache.h"
+#include "db/sqlite/Statements.h"
 #include "kavrin/Error.h"
 
 namespace kavrin::db::sqlite {
 
 namespace {
-
-const String kSource(sources::kSqlite);
 
 // How long a statement waits for a writer's lock before failing.
 constexpr int kBusyTimeoutMs = 2000;
@@ -34,29 +33,6 @@ struct CloseDatabase {
   void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
 };
 using DatabaseHandle = std::unique_ptr<sqlite3, CloseDatabase>;
-
-[[noreturn]] void Fail(sqlite3* db, int rc) {
-  const int primary = rc & 0xFF;
-  const char* message = db ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
-  int32_t number = errors::kProviderSyntax;
-  if (primary == SQLITE_INTERRUPT) {
-    throw Error(errors::kProviderTimeout, kSource, u"Query timeout expired");
-  }
-  if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED) {
-    number = errors::kProviderTimeout;
-  } else if (primary == SQLITE_CANTOPEN || primary == SQLITE_NOTADB || primary == SQLITE_CORRUPT ||
-             primary == SQLITE_IOERR || primary == SQLITE_NOMEM || primary == SQLITE_READONLY ||
-             primary == SQLITE_PERM) {
-    number = errors::kProviderFailure;
-  } else if (std::strncmp(message, "no such table", 13) == 0) {
-    number = errors::kProviderNoTable;
-  }
-  throw Error(number, kSource, FromUtf8(message));
-}
-
-[[noreturn]] void Refuse(const char* why) {
-  throw Error(errors::kProviderSyntax, kSource, FromUtf8(why));
-}
 
 // Nothing but statements that read: no attached files, no pragmas that set
 // anything, no writes, no extension loading. A second line of defence behind
@@ -79,145 +55,6 @@ int Authorize(void* own_transaction, int action, const char*, const char*, const
       return SQLITE_DENY;
   }
 }
-
-// A column value as stored, typed as the column's declared type says. A text
-// of a UTF-8 database is turned into UTF-16 here rather than by SQLite.
-Variant ReadValue(sqlite3_stmt* stmt, int i, VarType type, bool utf8) {
-  Variant stored;
-  switch (sqlite3_column_type(stmt, i)) {
-    case SQLITE_NULL:
-      return Variant::Null();
-    case SQLITE_INTEGER: {
-      const sqlite3_int64 v = sqlite3_column_int64(stmt, i);
-      stored = (v >= INT32_MIN && v <= INT32_MAX) ? Variant(static_cast<int32_t>(v))
-                                                  : Variant(static_cast<double>(v));
-      break;
-    }
-    case SQLITE_FLOAT:
-      stored = sqlite3_column_double(stmt, i);
-      break;
-    default:  // a text, or a blob read as one
-      if (utf8) {
-        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt, i));
-        const auto bytes = static_cast<size_t>(sqlite3_column_bytes(stmt, i));
-        stored = StoredTextAsUtf16(std::string_view(text ? text : "", bytes));
-      } else {
-        const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(stmt, i));
-        const int bytes = sqlite3_column_bytes16(stmt, i);
-        stored = String(text ? text : u"", static_cast<size_t>(bytes / 2));
-      }
-  }
-  return CoerceStored(std::move(stored), type);
-}
-
-// Describes the columns of statements: the name each gets, the value type
-// its declared type stands for and its source column's collation. A column
-// described once is known by its name, declared type and source, per data
-// version: only a commit can change a table's definition.
-class Describer {
- public:
-  explicit Describer(sqlite3* db) : db_(db) {}
-
-  ColumnInfo Describe(sqlite3_stmt* stmt, int i) {
-    const char* name = sqlite3_column_name(stmt, i);
-    const char* declared = sqlite3_column_decltype(stmt, i);
-    const char* table = sqlite3_column_table_name(stmt, i);
-    const char* origin = sqlite3_column_origin_name(stmt, i);
-    const char* schema = sqlite3_column_database_name(stmt, i);
-    key_.clear();
-    for (const char* part : {name, declared, table, origin, schema}) {
-      key_ += part ? part : "";
-      key_.push_back('\0');
-      key_.push_back(part ? '+' : '-');
-    }
-    unsigned int version = 0;
-    sqlite3_file_control(db_, "main", SQLITE_FCNTL_DATA_VERSION, &version);
-    if (version != version_ || known_.size() >= kMostKnown) {
-      known_.clear();
-      version_ = version;
-    }
-    if (const auto found = known_.find(key_); found != known_.end()) return found->second;
-
-    ColumnInfo info;
-    info.name = static_cast<const char16_t*>(sqlite3_column_name16(stmt, i));
-    info.type = declared ? TypeFromDeclared(FromUtf8(declared)) : VarType::Variant;
-    const char* collation = nullptr;
-    if (table && origin &&
-        sqlite3_table_column_metadata(db_, schema, table, origin, nullptr, &collation, nullptr,
-                                      nullptr, nullptr) == SQLITE_OK &&
-        collation) {
-      info.collation = FromUtf8(collation);
-    }
-    known_.emplace(key_, info);
-    return info;
-  }
-
- private:
-  static constexpr size_t kMostKnown = 4096;
-  sqlite3* db_;
-  unsigned int version_ = 0;
-  std::string key_;
-  std::unordered_map<std::string, ColumnInfo> known_;
-};
-
-// The time a statement of a read-only connection has, from when it starts
-// running to its last row, before the engine interrupts it and it fails as a
-// timeout, as ADO's command timeout would. Cursors share it with their
-// connection, so it outlives every statement that the engine may call it for.
-class Watchdog {
- public:
-  explicit Watchdog(std::chrono::milliseconds limit) : limit_(limit) {}
-  void Start() { deadline_ = std::chrono::steady_clock::now() + limit_; }
-  static int Expired(void* self) {
-    return std::chrono::steady_clock::now() > static_cast<Watchdog*>(self)->deadline_;
-  }
-
- private:
-  std::chrono::milliseconds limit_;
-  std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::time_point::max();
-};
-
-// Steps `stmt` once: true on a row, false at the end. Reaching the end
-// resets the statement at once, which ends its read. A statement that starts
-// running starts its time.
-bool Step(sqlite3* db, sqlite3_stmt* stmt, Watchdog& watchdog) {
-  if (!sqlite3_stmt_busy(stmt)) watchdog.Start();
-  const int rc = sqlite3_step(stmt);
-  if (rc == SQLITE_ROW) return true;
-  sqlite3_reset(stmt);
-  if (rc == SQLITE_DONE) return false;
-  Fail(db, rc);
-}
-
-// A prepared statement read row by row, with the time limit of its
-// connection. Once it has answered its last row it answers no more until
-// rewound.
-class SteppedStatement {
- public:
-  SteppedStatement(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt)
-      : db_(db), watchdog_(std::move(watchdog)), stmt_(std::move(stmt)) {}
-
-  sqlite3_stmt* get() const { return stmt_.get(); }
-
-  bool Next() {
-    if (done_) return false;
-    if (Step(db_, stmt_.get(), *watchdog_)) return true;
-    done_ = true;
-    return false;
-  }
-
-  void Rewind() {
-    sqlite3_reset(stmt_.get());
-    done_ = false;
-  }
-
- private:
-  sqlite3* db_;
-  std::shared_ptr<Watchdog> watchdog_;  // declared first: it outlives the statement
-  Statement stmt_;
-  bool done_ = false;
-};
-
 class SqliteCursor final : public Cursor {
  public:
   SqliteCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
@@ -247,125 +84,6 @@ class SqliteCursor final : public Cursor {
   bool utf8_;
   std::vector<ColumnInfo> columns_;
 };
-
-// What a table read by key needs: its name as the caller wrote it, the name
-// under which its rowid is selected, and the columns of SELECT *.
-struct TableShape {
-  bool utf8 = true;  // the database keeps its texts in UTF-8
-  std::string name;
-  std::string key;
-  std::vector<ColumnInfo> columns;
-  std::optional<DataVersion> verified_at;
-};
-
-// The rows of a keyed statement: the key first, then the table's columns.
-class SqliteTableCursor final : public TableCursor {
- public:
-  SqliteTableCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
-                    std::shared_ptr<const TableShape> shape)
-      : rows_(db, std::move(watchdog), std::move(stmt)), shape_(std::move(shape)) {}
-
-  const std::vector<ColumnInfo>& Columns() const override { return shape_->columns; }
-  bool Next() override { return rows_.Next(); }
-  Variant Value(size_t index) const override {
-    return ReadValue(rows_.get(), static_cast<int>(index) + 1, shape_->columns[index].type,
-                     shape_->utf8);
-  }
-  int64_t Key() const override { return sqlite3_column_int64(rows_.get(), 0); }
-
- private:
-  SteppedStatement rows_;
-  std::shared_ptr<const TableShape> shape_;
-};
-
-std::string QuotedIdentifier(StringView name) {
-  std::string quoted = "\"";
-  for (char c : ToUtf8(name)) {
-    quoted.push_back(c);
-    if (c == '"') quoted.push_back('"');
-  }
-  quoted.push_back('"');
-  return quoted;
-}
-
-class SqliteTable final : public Table {
- public:
-  SqliteTable(sqlite3* db, std::shared_ptr<Watchdog> watchdog,
-              std::shared_ptr<const TableShape> shape, std::shared_ptr<StatementCache> cache)
-      : db_(db),
-        watchdog_(std::move(watchdog)),
-        shape_(std::move(shape)),
-        cache_(std::move(cache)) {}
-
-  const std::vector<ColumnInfo>& Columns() const override { return shape_->columns; }
-
-  std::unique_ptr<TableCursor> Rows(std::optional<int64_t> after_key) override {
-    auto stmt = Prepare(after_key ? Select() + " WHERE " + shape_->key + " > ?1" + InOrder()
-                                  : Select() + InOrder());
-    if (after_key) sqlite3_bind_int64(stmt.get(), 1, *after_key);
-    return Wrap(std::move(stmt));
-  }
-
-  std::unique_ptr<TableCursor> Last() override {
-    return Wrap(Prepare(Select() + " ORDER BY " + shape_->key + " DESC LIMIT 1"));
-  }
-
-  std::unique_ptr<TableCursor> Matching(const std::vector<TextCondition>& conditions) override {
-    std::string sql = Select();
-    for (size_t i = 0; i < conditions.size(); ++i) {
-      const TextCondition& c = conditions[i];
-      sql += i == 0 ? " WHERE " : " AND ";
-      sql += QuotedIdentifier(shape_->columns.at(c.column).name);
-      sql += c.equal ? " = ?" : " <> ?";
-      sql += std::to_string(i + 1) + " COLLATE " + QuotedIdentifier(c.collation);
-    }
-    auto stmt = Prepare(sql + InOrder());
-    for (size_t i = 0; i < conditions.size(); ++i) {
-      const String& text = conditions[i].text;
-      sqlite3_bind_text16(stmt.get(), static_cast<int>(i + 1), text.data(),
-                          static_cast<int>(text.size() * 2), SQLITE_TRANSIENT);
-    }
-    return Wrap(std::move(stmt));
-  }
-
-  int64_t Count() override {
-    auto stmt = Prepare("SELECT count(*) FROM " + shape_->name);
-    if (!Step(db_, stmt.get(), *watchdog_)) return 0;
-    return sqlite3_column_int64(stmt.get(), 0);
-  }
-
- private:
-  std::string Select() const { return "SELECT " + shape_->key + ", * FROM " + shape_->name; }
-  std::string InOrder() const { return " ORDER BY " + shape_->key; }
-
-  // The statement of `sql`, kept compiled when the connection keeps them.
-  Statement Prepare(const std::string& sql) const {
-    String key;
-    if (cache_) {
-      key = FromUtf8(sql);
-      if (Statement kept = cache_->Take(key)) return kept;
-    }
-    sqlite3_stmt* raw = nullptr;
-    const int rc = sqlite3_prepare_v3(db_, sql.c_str(), static_cast<int>(sql.size()),
-                                      cache_ ? SQLITE_PREPARE_PERSISTENT : 0, &raw, nullptr);
-    Statement stmt = cache_ ? cache_->Adopt(key, raw) : Statement(raw);
-    if (rc != SQLITE_OK) {
-      stmt.get_deleter().home.reset();
-      Fail(db_, rc);
-    }
-    return stmt;
-  }
-
-  std::unique_ptr<TableCursor> Wrap(Statement stmt) const {
-    return std::make_unique<SqliteTableCursor>(db_, watchdog_, std::move(stmt), shape_);
-  }
-
-  sqlite3* db_;
-  std::shared_ptr<Watchdog> watchdog_;
-  std::shared_ptr<const TableShape> shape_;
-  std::shared_ptr<StatementCache> cache_;  // null when statements are compiled each time
-};
-
 class SqliteConnection final : public Connection {
  public:
   SqliteConnection(DatabaseHandle db, bool writable, bool utf8,
@@ -455,10 +173,13 @@ class SqliteConnection final : public Connection {
     if (found == shapes_.end() || !found->second ||
         found->second->verified_at != LatestDataVersion()) {
       if (shapes_.size() >= kMaxShapes) shapes_.clear();
-      found = shapes_.insert_or_assign(key, Shape(name)).first;
+      found = shapes_
+                  .insert_or_assign(key, ReadTableShape(db_, describer_, *watchdog_, name, utf8_,
+                                                        LatestDataVersion()))
+                  .first;
     }
     if (!found->second) return nullptr;
-    return std::make_unique<SqliteTable>(db_, watchdog_, found->second, cache_);
+    return OpenKeyedTable(db_, watchdog_, found->second, cache_);
   }
 
  private:
@@ -535,62 +256,6 @@ class SqliteConnection final : public Connection {
     return lower;
   }
 
-  Statement TryPrepare(const std::string& sql) const {
-    watchdog_->Start();
-    sqlite3_stmt* raw = nullptr;
-    if (sqlite3_prepare_v3(db_, sql.c_str(), static_cast<int>(sql.size()), 0, &raw, nullptr) !=
-        SQLITE_OK) {
-      sqlite3_finalize(raw);
-      return nullptr;
-    }
-    return Statement(raw);
-  }
-
-  // How the table `name` is read by key, or nullptr when SELECT * FROM name
-  // does not give its rows in rowid order: a view, a table without rowids, a
-  // virtual table, a name qualified by a schema, or a plan that reads the
-  // rows through an index.
-  std::shared_ptr<const TableShape> Shape(StringView name) {
-    if (name.find(u'.') != StringView::npos) return nullptr;
-    auto shape = std::make_shared<TableShape>();
-    shape->utf8 = utf8_;
-    shape->name = ToUtf8(name);
-    auto all = TryPrepare("SELECT * FROM " + shape->name);
-    if (!all) return nullptr;
-    for (int i = 0; i < sqlite3_column_count(all.get()); ++i)
-      shape->columns.push_back(describer_.Describe(all.get(), i));
-
-    auto plan = TryPrepare("EXPLAIN QUERY PLAN SELECT * FROM " + shape->name);
-    if (!plan) return nullptr;
-    int steps = 0;
-    bool plain_scan = false;
-    int rc = SQLITE_ROW;
-    while ((rc = sqlite3_step(plan.get())) == SQLITE_ROW) {
-      const auto* detail = reinterpret_cast<const char*>(sqlite3_column_text(plan.get(), 3));
-      const String text = FromUtf8(detail ? detail : "");
-      plain_scan = EqualsNoCase(text, u"SCAN " + String(name)) ||
-                   EqualsNoCase(text, u"SCAN TABLE " + String(name));
-      ++steps;
-    }
-    if (rc != SQLITE_DONE || steps != 1 || !plain_scan) return nullptr;
-
-    for (const char* candidate : {"rowid", "_rowid_", "oid"}) {
-      bool taken = false;
-      for (const auto& column : shape->columns)
-        taken = taken || EqualsNoCase(column.name, FromUtf8(candidate));
-      if (!taken) {
-        shape->key = candidate;
-        break;
-      }
-    }
-    if (shape->key.empty() ||
-        !TryPrepare("SELECT " + shape->key + " FROM " + shape->name + " ORDER BY " + shape->key)) {
-      return nullptr;
-    }
-    shape->verified_at = LatestDataVersion();
-    return shape;
-  }
-
   DatabaseHandle handle_;
   sqlite3* db_;  // handle_'s, for the engine's calls
   bool writable_;
@@ -642,7 +307,6 @@ bool Configure(sqlite3* db, bool writable) {
 }
 
 }  // namespace
-
 std::unique_ptr<Connection> OpenFile(const std::string& path, bool writable,
                                      std::chrono::milliseconds time_limit, bool statement_cache) {
   sqlite3* opened = nullptr;
