@@ -32,23 +32,23 @@ bool IsPlainName(StringView name) {
   return true;
 }
 
-// A text as a literal of a session with standard_conforming_strings on.
-String Literal(StringView text) {
-  String quoted = u"'";
+// `text` between `quote`s, a quote inside doubled: a literal of a session
+// with standard_conforming_strings on ('), or a quoted name (").
+String Enclosed(StringView text, char16_t quote) {
+  String quoted(1, quote);
   for (char16_t c : text) {
     quoted.push_back(c);
-    if (c == u'\'') quoted.push_back(u'\'');
+    if (c == quote) quoted.push_back(quote);
   }
-  return quoted + u"'";
+  return quoted + quote;
+}
+
+String Literal(StringView text) {
+  return Enclosed(text, u'\'');
 }
 
 String QuotedName(StringView name) {
-  String quoted = u"\"";
-  for (char16_t c : name) {
-    quoted.push_back(c);
-    if (c == u'"') quoted.push_back(u'"');
-  }
-  return quoted + u"\"";
+  return Enclosed(name, u'"');
 }
 
 // Whether the server can be handed `text` as a literal: no NUL, no lone
