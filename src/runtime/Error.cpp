@@ -9,6 +9,14 @@ using namespace sources;
 
 constexpr StringView kAnySource = u"";  // 438: the class of the object called
 constexpr StringView kEngineMessage = u"";
+// Texts that several sources raise alike.
+constexpr StringView kNoCurrentRecordText =
+    u"Either BOF or EOF is True, or the current record has been deleted. Requested operation "
+    u"requires a current record.";
+constexpr StringView kNoConnectionText =
+    u"The connection cannot be used to perform this operation. It is either closed or invalid "
+    u"in this context.";
+constexpr StringView kDaoItemNotFoundText = u"Item not found in this collection.";
 
 constexpr ErrorEntry kCatalogue[] = {
     {kInvalidProcedureCall, kComponent, u"Invalid procedure call or argument"},
@@ -27,25 +35,17 @@ constexpr ErrorEntry kCatalogue[] = {
      u"The kit does not recognize '{}' as a valid field name or expression."},
     {kCriteriaSyntax, kKitRecordset, u"Syntax error in criteria expression: {}"},
     {kCriteriaTypeMismatch, kKitRecordset, u"Data type mismatch in criteria expression."},
-    {kNoCurrentRecord, kAdoRecordset,
-     u"Either BOF or EOF is True, or the current record has been deleted. Requested operation "
-     u"requires a current record."},
-    {kNoCurrentRecord, kAdoField,
-     u"Either BOF or EOF is True, or the current record has been deleted. Requested operation "
-     u"requires a current record."},
+    {kNoCurrentRecord, kAdoRecordset, kNoCurrentRecordText},
+    {kNoCurrentRecord, kAdoField, kNoCurrentRecordText},
     {kItemNotFound, kAdoFields,
      u"Item cannot be found in the collection corresponding to the requested name or ordinal."},
-    {kItemNotFound, kDaoTableDefs, u"Item not found in this collection."},
-    {kItemNotFound, kDaoQueryDefs, u"Item not found in this collection."},
+    {kItemNotFound, kDaoTableDefs, kDaoItemNotFoundText},
+    {kItemNotFound, kDaoQueryDefs, kDaoItemNotFoundText},
     {kObjectInvalid, kDaoDatabase, u"Object invalid or no longer set."},
     {kObjectClosed, kAdoRecordset, u"Operation is not allowed when the object is closed."},
     {kObjectOpen, kAdoRecordset, u"Operation is not allowed when the object is open."},
-    {kNoConnection, kAdoRecordset,
-     u"The connection cannot be used to perform this operation. It is either closed or invalid "
-     u"in this context."},
-    {kNoConnection, kKitDatabase,
-     u"The connection cannot be used to perform this operation. It is either closed or invalid "
-     u"in this context."},
+    {kNoConnection, kAdoRecordset, kNoConnectionText},
+    {kNoConnection, kKitDatabase, kNoConnectionText},
     {kProviderSyntax, kSqlite, kEngineMessage},
     {kProviderSyntax, kOdbc, kEngineMessage},
     {kProviderNoTable, kSqlite, kEngineMessage},
