@@ -60,6 +60,11 @@ class SqliteCursor final : public Cursor {
   SqliteCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
                Describer& describer, bool utf8)
       : rows_(db, std::move(watchdog), std::move(stmt)), utf8_(utf8) {
+    // The first row is read before the columns are described: a statement
+    // compiled before another connection changed a table it reads compiles
+    // itself again as it steps, and only then has the table's columns as
+    // they are now.
+    first_row_ = rows_.Next();
     const int count = sqlite3_column_count(rows_.get());
     columns_.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
@@ -68,7 +73,12 @@ class SqliteCursor final : public Cursor {
 
   const std::vector<ColumnInfo>& Columns() const override { return columns_; }
 
-  bool Next() override { return rows_.Next(); }
+  bool Next() override {
+    if (!first_row_) return rows_.Next();
+    const bool found = *first_row_;
+    first_row_.reset();
+    return found;
+  }
 
   Variant Value(size_t index) const override {
     return ReadValue(rows_.get(), static_cast<int>(index), columns_[index].type, utf8_);
@@ -76,11 +86,13 @@ class SqliteCursor final : public Cursor {
 
   bool Rewind() override {
     rows_.Rewind();
+    first_row_.reset();
     return true;
   }
 
  private:
   SteppedStatement rows_;
+  std::optional<bool> first_row_;  // read and not yet handed out: whether there was one
   bool utf8_;
   std::vector<ColumnInfo> columns_;
 };
