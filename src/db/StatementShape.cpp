@@ -278,6 +278,7 @@ std::optional<StatementShape> ShapeOf(StringView sql, const SqlProfile& quoting)
           value = *number;
         }
         shape.text.append(sql.substr(copied, t.begin - copied));
+        shape.marks.push_back(shape.text.size());
         shape.text.push_back(u'?');
         copied = t.end;
         shape.values.push_back(std::move(value));

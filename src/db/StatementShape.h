@@ -26,6 +26,7 @@ namespace kavrin::db {
 struct StatementShape {
   String text;  // the statement with a ? for each value
   std::vector<std::variant<String, int64_t>> values;
+  std::vector<size_t> marks;  // where each value's ? stands in `text`
 };
 
 // The shape of `sql`, a single SELECT read with the server's `quoting`, or

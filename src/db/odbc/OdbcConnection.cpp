@@ -10,7 +10,10 @@
 
 #include "db/DeclaredType.h"
 #include "db/SqlLexer.h"
+#include "db/StatementShape.h"
+#include "db/odbc/OdbcHandle.h"
 #include "db/odbc/PostgresTable.h"
+#include "db/odbc/PreparedStatements.h"
 #include "kavrin/Error.h"
 #include "kavrin/OleDate.h"
 
@@ -22,128 +25,18 @@ namespace {
 
 const String kSource(sources::kOdbc);
 
+// Statements kept prepared per connection, and the longest text prepared.
+constexpr size_t kPreparedStatements = 128;
+constexpr size_t kLongestPreparedText = 8192;
+
 std::atomic<uint64_t> statements_sent{0};
-
-SQLWCHAR* Wide(const char16_t* text) {
-  return reinterpret_cast<SQLWCHAR*>(const_cast<char16_t*>(text));
-}
-
-bool Succeeded(SQLRETURN rc) {
-  return rc == SQL_SUCCESS || rc == SQL_SUCCESS_WITH_INFO;
-}
 
 bool Contains(StringView text, StringView part) {
   return text.find(part) != StringView::npos;
 }
 
-bool StartsWith(StringView text, StringView prefix) {
-  return text.substr(0, prefix.size()) == prefix;
-}
-
-// The provider number for a SQLSTATE: unknown tables, lost or refused
-// connections, timeouts; everything else is a rejected statement.
-int32_t NumberForState(StringView state) {
-  if (state == u"42S02" || state == u"42P01") return errors::kProviderNoTable;
-  if (StartsWith(state, u"08") || state == u"HYT01" || state == u"57P01" || state == u"57P02" ||
-      state == u"57P03") {
-    return errors::kProviderFailure;
-  }
-  if (state == u"HYT00" || state == u"57014") return errors::kProviderTimeout;
-  return errors::kProviderSyntax;
-}
-
-String TrimEnd(String text) {
-  while (!text.empty() && (text.back() == u' ' || text.back() == u'\n' || text.back() == u'\r' ||
-                           text.back() == u'\t')) {
-    text.pop_back();
-  }
-  return text;
-}
-
-// The driver's diagnostics for the latest call on `handle`, as an Error:
-// each message with its SQLSTATE, the number from the first one. `number`,
-// when given, overrides the number the SQLSTATE would give.
-[[noreturn]] void Fail(SQLSMALLINT type, SQLHANDLE handle, StringView doing,
-                       std::optional<int32_t> number = std::nullopt) {
-  String description;
-  String first_state;
-  for (SQLSMALLINT record = 1;; ++record) {
-    SQLWCHAR state[6] = {};
-    SQLINTEGER native = 0;
-    SQLSMALLINT length = 0;
-    SQLRETURN rc = SQLGetDiagRecW(type, handle, record, state, &native, nullptr, 0, &length);
-    if (!Succeeded(rc)) break;
-    String message(static_cast<size_t>(length) + 1, u'\0');
-    rc = SQLGetDiagRecW(type, handle, record, state, &native, Wide(message.data()),
-                        static_cast<SQLSMALLINT>(message.size()), &length);
-    if (!Succeeded(rc)) break;
-    message.resize(std::min<size_t>(static_cast<size_t>(length), message.size() - 1));
-    message = TrimEnd(message.substr(0, message.find(u'\0')));
-    const String sqlstate(reinterpret_cast<const char16_t*>(state), 5);
-    if (first_state.empty()) first_state = sqlstate;
-    if (message.empty()) continue;  // some drivers repeat a state without a message
-    if (!description.empty()) description += u"\n";
-    description += message + u" (SQLSTATE " + sqlstate + u")";
-  }
-  if (description.empty()) {
-    description = u"The ODBC driver failed while " + String(doing) + u" and gave no reason.";
-  }
-  const int32_t chosen =
-      number ? *number
-             : (first_state.empty() ? errors::kProviderFailure : NumberForState(first_state));
-  throw Error(chosen, kSource, description);
-}
-
 [[noreturn]] void Refuse(StringView why) {
   throw Error(errors::kProviderSyntax, kSource, String(why));
-}
-
-// One ODBC handle, freed with its owner.
-class Handle {
- public:
-  Handle() = default;
-  Handle(SQLSMALLINT type, SQLHANDLE parent) : type_(type) {
-    if (!Succeeded(SQLAllocHandle(type, parent, &handle_))) {
-      handle_ = SQL_NULL_HANDLE;
-      if (parent != SQL_NULL_HANDLE) {
-        Fail(type == SQL_HANDLE_STMT ? SQL_HANDLE_DBC : SQL_HANDLE_ENV, parent,
-             u"allocating a handle");
-      }
-      throw Error(errors::kProviderFailure, kSource,
-                  u"The ODBC driver manager could not be initialized.");
-    }
-  }
-  ~Handle() { Reset(); }
-  Handle(Handle&& other) noexcept : type_(other.type_), handle_(other.handle_) {
-    other.handle_ = SQL_NULL_HANDLE;
-  }
-  Handle& operator=(Handle&& other) noexcept {
-    if (this != &other) {
-      Reset();
-      type_ = other.type_;
-      handle_ = other.handle_;
-      other.handle_ = SQL_NULL_HANDLE;
-    }
-    return *this;
-  }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
-
-  SQLHANDLE get() const { return handle_; }
-  SQLSMALLINT type() const { return type_; }
-  explicit operator bool() const { return handle_ != SQL_NULL_HANDLE; }
-  void Reset() {
-    if (handle_ != SQL_NULL_HANDLE) SQLFreeHandle(type_, handle_);
-    handle_ = SQL_NULL_HANDLE;
-  }
-
- private:
-  SQLSMALLINT type_ = SQL_HANDLE_ENV;
-  SQLHANDLE handle_ = SQL_NULL_HANDLE;
-};
-
-void Check(const Handle& handle, SQLRETURN rc, StringView doing) {
-  if (!Succeeded(rc) && rc != SQL_NO_DATA) Fail(handle.type(), handle.get(), doing);
 }
 
 // The value type of a result column, from the ODBC type and the server's name
@@ -267,42 +160,56 @@ Variant ReadValue(const Handle& stmt, SQLUSMALLINT column, VarType type) {
 
 // The environment and connection handles, shared by a connection and its
 // cursors: a cursor that outlives its connection still frees its statement
-// before the connection is closed.
+// before the connection is closed. The prepared statements go first.
 struct Session {
   Handle env;
   Handle dbc;
   bool connected = false;
+  PreparedStatements prepared{kPreparedStatements};
 
   Session() = default;
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
   ~Session() {
+    prepared.Clear();
     if (connected) SQLDisconnect(dbc.get());
   }
 };
 
 class OdbcCursor final : public Cursor {
  public:
-  OdbcCursor(std::shared_ptr<Session> session, Handle stmt, std::vector<ColumnInfo> columns)
-      : session_(std::move(session)), stmt_(std::move(stmt)), columns_(std::move(columns)) {}
+  // `shape`, when given, is the text `stmt` was prepared from: the statement
+  // goes back to the session's prepared statements once its rows are read
+  // or the cursor is let go of.
+  OdbcCursor(std::shared_ptr<Session> session, Handle stmt, SharedColumns columns,
+             std::optional<String> shape = std::nullopt)
+      : session_(std::move(session)),
+        stmt_(std::move(stmt)),
+        columns_(std::move(columns)),
+        shape_(std::move(shape)) {}
+  ~OdbcCursor() override { Release(); }
+  OdbcCursor(const OdbcCursor&) = delete;
+  OdbcCursor& operator=(const OdbcCursor&) = delete;
 
-  const std::vector<ColumnInfo>& Columns() const override { return columns_; }
+  const std::vector<ColumnInfo>& Columns() const override { return *columns_; }
 
   bool Next() override {
     if (!stmt_) return false;
     const SQLRETURN rc = SQLFetch(stmt_.get());
     if (rc == SQL_NO_DATA) {
-      stmt_.Reset();
+      Release();
       row_.clear();
       return false;
     }
+    if (!Succeeded(rc)) shape_.reset();  // a statement that failed is not kept
     Check(stmt_, rc, u"fetching a row");
     // Every value of the row is read at once, in column order, as some
     // drivers require.
     row_.clear();
-    row_.reserve(columns_.size());
-    for (size_t i = 0; i < columns_.size(); ++i) {
-      row_.push_back(ReadValue(stmt_, static_cast<SQLUSMALLINT>(i + 1), columns_[i].type));
+    const std::vector<ColumnInfo>& columns = *columns_;
+    row_.reserve(columns.size());
+    for (size_t i = 0; i < columns.size(); ++i) {
+      row_.push_back(ReadValue(stmt_, static_cast<SQLUSMALLINT>(i + 1), columns[i].type));
     }
     return true;
   }
@@ -310,16 +217,34 @@ class OdbcCursor final : public Cursor {
   Variant Value(size_t index) const override { return row_.at(index); }
 
  private:
+  void Release() noexcept {
+    if (!stmt_) return;
+    if (!shape_) {
+      stmt_.Reset();
+      return;
+    }
+    SQLFreeStmt(stmt_.get(), SQL_CLOSE);
+    try {
+      session_->prepared.Give(*shape_, {std::move(stmt_), columns_});
+    } catch (...) {
+      stmt_.Reset();  // not kept: freed now
+    }
+  }
+
   std::shared_ptr<Session> session_;
   Handle stmt_;
-  std::vector<ColumnInfo> columns_;
+  SharedColumns columns_;
+  std::optional<String> shape_;
   std::vector<Variant> row_;
 };
 
 class OdbcConnection final : public Connection {
  public:
-  OdbcConnection(bool writable, const Timeouts& timeouts)
-      : writable_(writable), timeouts_(timeouts), session_(std::make_shared<Session>()) {}
+  OdbcConnection(bool writable, const Timeouts& timeouts, bool statement_cache)
+      : writable_(writable),
+        timeouts_(timeouts),
+        statement_cache_(statement_cache),
+        session_(std::make_shared<Session>()) {}
 
   void Connect(StringView connection_string) {
     Handle& env = session_->env;
@@ -356,6 +281,11 @@ class OdbcConnection final : public Connection {
       // SELECT * gives the rows in the order tables are read by key.
       Execute(u"SET synchronize_seqscans = off", timeouts_.query_seconds);
       tables_.emplace(*this);
+      // psqlODBC prepares on the server (unless told not to) and sends
+      // untyped values, which the server types from their place as it
+      // types a quoted literal.
+      prepares_ =
+          statement_cache_ && !writable_ && Contains(InfoText(SQL_DRIVER_NAME), u"psqlodbc");
       if (!writable_) {
         Execute(u"SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY", timeouts_.query_seconds);
       }
@@ -371,15 +301,10 @@ class OdbcConnection final : public Connection {
     if (!writable_ && !EqualsNoCase(LeadingWord(statements[0], quoting_), u"select")) {
       Refuse(u"Only statements that read are allowed.");
     }
-    Handle stmt = Execute(statements[0], timeouts_.query_seconds);
-    SQLSMALLINT count = 0;
-    Check(stmt, SQLNumResultCols(stmt.get(), &count), u"describing the result");
-    std::vector<ColumnInfo> columns;
-    columns.reserve(static_cast<size_t>(count));
-    for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(count); ++i) {
-      columns.push_back(Describe(stmt, i, sql));
+    if (prepares_ && sql.size() <= kLongestPreparedText) {
+      if (auto cursor = QueryPrepared(statements[0])) return cursor;
     }
-    return std::make_unique<OdbcCursor>(session_, std::move(stmt), std::move(columns));
+    return QueryDirect(statements[0]);
   }
 
   void ExecuteScript(StringView sql) override {
@@ -402,6 +327,121 @@ class OdbcConnection final : public Connection {
 
  private:
   SQLHDBC Dbc() const { return session_->dbc.get(); }
+
+  // Runs the text as it is.
+  std::unique_ptr<Cursor> QueryDirect(StringView sql) {
+    Handle stmt = Execute(sql, timeouts_.query_seconds);
+    auto columns = std::make_shared<const std::vector<ColumnInfo>>(DescribeAll(stmt, sql));
+    return std::make_unique<OdbcCursor>(session_, std::move(stmt), std::move(columns));
+  }
+
+  // Runs the statement prepared for the text's shape with the text's values
+  // bound, preparing it on first use; null when the text has no shape. A
+  // shape the server will not run with bound values, where it runs the text
+  // itself, is not tried again.
+  std::unique_ptr<Cursor> QueryPrepared(StringView sql) {
+    auto shape = ShapeOf(sql, quoting_);
+    if (!shape) return nullptr;
+    const String text = TypedMarks(*shape);
+    PreparedStatements& prepared = session_->prepared;
+    if (prepared.Refused(text)) return nullptr;
+    PreparedStatement statement;
+    if (auto idle = prepared.Take(text)) {
+      statement = std::move(*idle);
+    } else {
+      statement.stmt = NewStatement(timeouts_.query_seconds);
+    }
+    const SQLHSTMT stmt = statement.stmt.get();
+    const bool fresh = !statement.columns;
+    if (fresh && !PreparedAlike(stmt, text, shape->values.size())) {
+      prepared.Refuse(text);
+      return nullptr;
+    }
+    BoundValues values(std::move(shape->values));
+    statements_sent.fetch_add(1, std::memory_order_relaxed);
+    SQLRETURN rc = values.Bind(stmt);
+    if (Succeeded(rc)) rc = SQLExecute(stmt);
+    if (!Succeeded(rc)) {
+      try {
+        Fail(SQL_HANDLE_STMT, stmt, u"running a statement");
+      } catch (const Error& e) {
+        // A lost connection or a timeout is not tried again as a text.
+        if (e.number() == errors::kProviderFailure || e.number() == errors::kProviderTimeout) throw;
+      }
+      // The text fails as it would have. A statement kept from before is
+      // let go of (the schema it was planned on may have changed); a shape
+      // just prepared that fails where its text runs is not tried again.
+      auto cursor = QueryDirect(sql);
+      if (fresh) prepared.Refuse(text);
+      return cursor;
+    }
+    SQLFreeStmt(stmt, SQL_RESET_PARAMS);
+    if (fresh) {
+      statement.columns =
+          std::make_shared<const std::vector<ColumnInfo>>(DescribeAll(statement.stmt, sql));
+    }
+    return std::make_unique<OdbcCursor>(session_, std::move(statement.stmt),
+                                        std::move(statement.columns), text);
+  }
+
+  // Prepares `text`, which holds `values` parameter marks as the driver
+  // counts them.
+  static bool PreparedAlike(SQLHSTMT stmt, const String& text, size_t values) {
+    if (!Succeeded(SQLPrepareW(stmt, Wide(text.data()), static_cast<SQLINTEGER>(text.size()))))
+      return false;
+    SQLSMALLINT marks = 0;
+    return Succeeded(SQLNumParams(stmt, &marks)) && static_cast<size_t>(marks) == values;
+  }
+
+  // The shape's text as the server prepares it: a whole number's mark cast
+  // to the type the server gives the literal it stands for (integer, or
+  // bigint beyond), a text's mark left untyped as a quoted literal is.
+  static String TypedMarks(const StatementShape& shape) {
+    String text;
+    text.reserve(shape.text.size() + 10 * shape.marks.size());
+    size_t copied = 0;
+    for (size_t i = 0; i < shape.marks.size(); ++i) {
+      const size_t mark = shape.marks[i];
+      text.append(shape.text, copied, mark + 1 - copied);
+      copied = mark + 1;
+      if (const auto* number = std::get_if<int64_t>(&shape.values[i])) {
+        text += *number > INT32_MAX ? u"::bigint" : u"::integer";
+      }
+    }
+    text.append(shape.text, copied);
+    return text;
+  }
+
+  // The values of a shape in the buffers the driver reads them from while
+  // the statement executes.
+  class BoundValues {
+   public:
+    explicit BoundValues(std::vector<std::variant<String, int64_t>> values)
+        : values_(std::move(values)), lengths_(values_.size()) {}
+
+    SQLRETURN Bind(SQLHSTMT stmt) {
+      for (size_t i = 0; i < values_.size(); ++i) {
+        const auto number = static_cast<SQLUSMALLINT>(i + 1);
+        SQLRETURN rc;
+        if (auto* text = std::get_if<String>(&values_[i])) {
+          lengths_[i] = static_cast<SQLLEN>(text->size() * sizeof(char16_t));
+          rc = SQLBindParameter(stmt, number, SQL_PARAM_INPUT, SQL_C_WCHAR, SQL_WVARCHAR,
+                                std::max<SQLULEN>(text->size(), 1), 0, Wide(text->data()),
+                                lengths_[i], &lengths_[i]);
+        } else {
+          lengths_[i] = 0;
+          rc = SQLBindParameter(stmt, number, SQL_PARAM_INPUT, SQL_C_SBIGINT, SQL_BIGINT, 0, 0,
+                                &std::get<int64_t>(values_[i]), 0, &lengths_[i]);
+        }
+        if (!Succeeded(rc)) return rc;
+      }
+      return SQL_SUCCESS;
+    }
+
+   private:
+    std::vector<std::variant<String, int64_t>> values_;
+    std::vector<SQLLEN> lengths_;
+  };
 
   void SetConnectAttribute(SQLINTEGER attribute, SQLULEN value) {
     SQLSetConnectAttrW(Dbc(), attribute,
@@ -426,17 +466,34 @@ class OdbcConnection final : public Connection {
     }
   }
 
-  Handle Execute(StringView sql, SQLULEN timeout_seconds) {
+  // A statement handle with the time a statement may run.
+  Handle NewStatement(SQLULEN timeout_seconds) {
     RequireAlive();
     Handle stmt(SQL_HANDLE_STMT, Dbc());
     SQLSetStmtAttrW(stmt.get(), SQL_ATTR_QUERY_TIMEOUT,
                     reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(timeout_seconds)), 0);
+    return stmt;
+  }
+
+  Handle Execute(StringView sql, SQLULEN timeout_seconds) {
+    Handle stmt = NewStatement(timeout_seconds);
     const String text(sql);
     statements_sent.fetch_add(1, std::memory_order_relaxed);
     const SQLRETURN rc =
         SQLExecDirectW(stmt.get(), Wide(text.data()), static_cast<SQLINTEGER>(text.size()));
     Check(stmt, rc, u"running a statement");
     return stmt;
+  }
+
+  std::vector<ColumnInfo> DescribeAll(const Handle& stmt, StringView sql) const {
+    SQLSMALLINT count = 0;
+    Check(stmt, SQLNumResultCols(stmt.get(), &count), u"describing the result");
+    std::vector<ColumnInfo> columns;
+    columns.reserve(static_cast<size_t>(count));
+    for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(count); ++i) {
+      columns.push_back(Describe(stmt, i, sql));
+    }
+    return columns;
   }
 
   ColumnInfo Describe(const Handle& stmt, SQLUSMALLINT column, StringView sql) const {
@@ -475,10 +532,12 @@ class OdbcConnection final : public Connection {
 
   bool writable_;
   Timeouts timeouts_;
+  bool statement_cache_;
   std::shared_ptr<Session> session_;
   String dbms_;
   SqlProfile quoting_ = kStandardProfile;
   bool folds_names_to_lower_ = false;
+  bool prepares_ = false;                 // statements that read are prepared per shape
   std::optional<PostgresTables> tables_;  // on PostgreSQL
 };
 
@@ -489,8 +548,8 @@ uint64_t StatementsSent() {
 }
 
 std::unique_ptr<Connection> Connect(StringView connection_string, bool writable,
-                                    const Timeouts& timeouts, bool /*statement_cache*/) {
-  auto connection = std::make_unique<OdbcConnection>(writable, timeouts);
+                                    const Timeouts& timeouts, bool statement_cache) {
+  auto connection = std::make_unique<OdbcConnection>(writable, timeouts, statement_cache);
   connection->Connect(connection_string);
   return connection;
 }

@@ -10,8 +10,9 @@ namespace kavrin::db::odbc {
 namespace {
 
 // Rows asked for by the first statement of a cursor, growing fourfold with
-// each further one up to the most.
-constexpr size_t kFirstPageRows = 16;
+// each further one up to the most. One at first: a table opened whole is
+// mostly asked only whether it holds a row, and a search for its first match.
+constexpr size_t kFirstPageRows = 1;
 constexpr size_t kMostPageRows = 4096;
 // Tables remembered per connection.
 constexpr size_t kMostShapes = 256;
