@@ -25,9 +25,10 @@ struct Timeouts {
 // PostgreSQL also a read-only session, so the server refuses writes) and
 // refuses statements that do not read. Throws Error (kProviderFailure) when
 // the driver cannot connect.
-// With `statement_cache`, a statement that reads is prepared once per shape
-// (see db/StatementShape.h) and executed with its values bound, where the
-// server gains by it; without, every text is executed directly.
+// With `statement_cache`, on PostgreSQL through psqlODBC, a statement that
+// reads is prepared once per shape (see db/StatementShape.h) and executed
+// with its values bound; without it, and on other servers, every text is
+// executed directly.
 std::unique_ptr<Connection> Connect(StringView connection_string, bool writable,
                                     const Timeouts& timeouts = {}, bool statement_cache = true);
 

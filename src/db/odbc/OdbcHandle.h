@@ -52,8 +52,12 @@ class Handle {
   SQLHANDLE get() const { return handle_; }
   SQLSMALLINT type() const { return type_; }
   explicit operator bool() const { return handle_ != SQL_NULL_HANDLE; }
+  // A statement is closed before it is freed: psqlODBC keeps the result of
+  // a prepared statement that failed until then, and loses it when freed.
   void Reset() {
-    if (handle_ != SQL_NULL_HANDLE) SQLFreeHandle(type_, handle_);
+    if (handle_ == SQL_NULL_HANDLE) return;
+    if (type_ == SQL_HANDLE_STMT) SQLFreeStmt(handle_, SQL_CLOSE);
+    SQLFreeHandle(type_, handle_);
     handle_ = SQL_NULL_HANDLE;
   }
 
