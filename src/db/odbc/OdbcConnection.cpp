@@ -342,7 +342,7 @@ class OdbcConnection final : public Connection {
   std::unique_ptr<Cursor> QueryPrepared(StringView sql) {
     auto shape = ShapeOf(sql, quoting_);
     if (!shape) return nullptr;
-    const String text = TypedMarks(*shape);
+    const String text = PostgresPreparedText(*shape);
     PreparedStatements& prepared = session_->prepared;
     if (prepared.Refused(text)) return nullptr;
     PreparedStatement statement;
@@ -353,7 +353,7 @@ class OdbcConnection final : public Connection {
     }
     const SQLHSTMT stmt = statement.stmt.get();
     const bool fresh = !statement.columns;
-    if (fresh && !PreparedAlike(stmt, text, shape->values.size())) {
+    if (fresh && !Prepare(stmt, text, shape->values.size())) {
       prepared.Refuse(text);
       return nullptr;
     }
@@ -383,65 +383,6 @@ class OdbcConnection final : public Connection {
     return std::make_unique<OdbcCursor>(session_, std::move(statement.stmt),
                                         std::move(statement.columns), text);
   }
-
-  // Prepares `text`, which holds `values` parameter marks as the driver
-  // counts them.
-  static bool PreparedAlike(SQLHSTMT stmt, const String& text, size_t values) {
-    if (!Succeeded(SQLPrepareW(stmt, Wide(text.data()), static_cast<SQLINTEGER>(text.size()))))
-      return false;
-    SQLSMALLINT marks = 0;
-    return Succeeded(SQLNumParams(stmt, &marks)) && static_cast<size_t>(marks) == values;
-  }
-
-  // The shape's text as the server prepares it: a whole number's mark cast
-  // to the type the server gives the literal it stands for (integer, or
-  // bigint beyond), a text's mark left untyped as a quoted literal is.
-  static String TypedMarks(const StatementShape& shape) {
-    String text;
-    text.reserve(shape.text.size() + 10 * shape.marks.size());
-    size_t copied = 0;
-    for (size_t i = 0; i < shape.marks.size(); ++i) {
-      const size_t mark = shape.marks[i];
-      text.append(shape.text, copied, mark + 1 - copied);
-      copied = mark + 1;
-      if (const auto* number = std::get_if<int64_t>(&shape.values[i])) {
-        text += *number > INT32_MAX ? u"::bigint" : u"::integer";
-      }
-    }
-    text.append(shape.text, copied);
-    return text;
-  }
-
-  // The values of a shape in the buffers the driver reads them from while
-  // the statement executes.
-  class BoundValues {
-   public:
-    explicit BoundValues(std::vector<std::variant<String, int64_t>> values)
-        : values_(std::move(values)), lengths_(values_.size()) {}
-
-    SQLRETURN Bind(SQLHSTMT stmt) {
-      for (size_t i = 0; i < values_.size(); ++i) {
-        const auto number = static_cast<SQLUSMALLINT>(i + 1);
-        SQLRETURN rc;
-        if (auto* text = std::get_if<String>(&values_[i])) {
-          lengths_[i] = static_cast<SQLLEN>(text->size() * sizeof(char16_t));
-          rc = SQLBindParameter(stmt, number, SQL_PARAM_INPUT, SQL_C_WCHAR, SQL_WVARCHAR,
-                                std::max<SQLULEN>(text->size(), 1), 0, Wide(text->data()),
-                                lengths_[i], &lengths_[i]);
-        } else {
-          lengths_[i] = 0;
-          rc = SQLBindParameter(stmt, number, SQL_PARAM_INPUT, SQL_C_SBIGINT, SQL_BIGINT, 0, 0,
-                                &std::get<int64_t>(values_[i]), 0, &lengths_[i]);
-        }
-        if (!Succeeded(rc)) return rc;
-      }
-      return SQL_SUCCESS;
-    }
-
-   private:
-    std::vector<std::variant<String, int64_t>> values_;
-    std::vector<SQLLEN> lengths_;
-  };
 
   void SetConnectAttribute(SQLINTEGER attribute, SQLULEN value) {
     SQLSetConnectAttrW(Dbc(), attribute,
