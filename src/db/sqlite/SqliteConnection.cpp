@@ -55,23 +55,23 @@ int Authorize(void* own_transaction, int action, const char*, const char*, const
       return SQLITE_DENY;
   }
 }
+using SharedColumns = std::shared_ptr<const std::vector<ColumnInfo>>;
+
+// The first row is read before the columns are described: a statement
+// compiled before another connection changed a table it reads compiles
+// itself again as it steps, and only then has the table's columns as they
+// are now. The connection describes them once the cursor is made.
 class SqliteCursor final : public Cursor {
  public:
-  SqliteCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt,
-               Describer& describer, bool utf8)
+  SqliteCursor(sqlite3* db, std::shared_ptr<Watchdog> watchdog, Statement stmt, bool utf8)
       : rows_(db, std::move(watchdog), std::move(stmt)), utf8_(utf8) {
-    // The first row is read before the columns are described: a statement
-    // compiled before another connection changed a table it reads compiles
-    // itself again as it steps, and only then has the table's columns as
-    // they are now.
     first_row_ = rows_.Next();
-    const int count = sqlite3_column_count(rows_.get());
-    columns_.reserve(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-      columns_.push_back(describer.Describe(rows_.get(), i));
   }
 
-  const std::vector<ColumnInfo>& Columns() const override { return columns_; }
+  sqlite3_stmt* get() const { return rows_.get(); }
+  void Describe(SharedColumns columns) { columns_ = std::move(columns); }
+
+  const std::vector<ColumnInfo>& Columns() const override { return *columns_; }
 
   bool Next() override {
     if (!first_row_) return rows_.Next();
@@ -81,7 +81,7 @@ class SqliteCursor final : public Cursor {
   }
 
   Variant Value(size_t index) const override {
-    return ReadValue(rows_.get(), static_cast<int>(index), columns_[index].type, utf8_);
+    return ReadValue(rows_.get(), static_cast<int>(index), (*columns_)[index].type, utf8_);
   }
 
   bool Rewind() override {
@@ -94,8 +94,9 @@ class SqliteCursor final : public Cursor {
   SteppedStatement rows_;
   std::optional<bool> first_row_;  // read and not yet handed out: whether there was one
   bool utf8_;
-  std::vector<ColumnInfo> columns_;
+  SharedColumns columns_;
 };
+
 class SqliteConnection final : public Connection {
  public:
   SqliteConnection(DatabaseHandle db, bool writable, bool utf8,
@@ -133,9 +134,7 @@ class SqliteConnection final : public Connection {
     const String text = QuoteCallKeywords(sql);
     if (cache_ && text.size() <= kLongestCachedText) {
       if (auto shape = ShapeOf(text, kSqliteProfile)) {
-        if (Statement stmt = Compiled(*shape)) {
-          return std::make_unique<SqliteCursor>(db_, watchdog_, std::move(stmt), describer_, utf8_);
-        }
+        if (Statement stmt = Compiled(*shape)) return CursorOver(std::move(stmt), &shape->text);
       }
     }
     sqlite3_stmt* raw = nullptr;
@@ -149,7 +148,7 @@ class SqliteConnection final : public Connection {
     if (SplitStatements(sql, kSqliteProfile).size() > 1)
       Refuse("The command text holds more than one statement.");
     if (!sqlite3_stmt_readonly(stmt.get())) Refuse("Only statements that read are allowed.");
-    return std::make_unique<SqliteCursor>(db_, watchdog_, std::move(stmt), describer_, utf8_);
+    return CursorOver(std::move(stmt), nullptr);
   }
 
   void ExecuteScript(StringView sql) override {
@@ -223,6 +222,38 @@ class SqliteConnection final : public Connection {
   static constexpr size_t kCachedStatements = 128;
   static constexpr size_t kLongestCachedText = 8192;
 
+  // A cursor over `stmt`, compiled from `shape` when that is given.
+  std::unique_ptr<SqliteCursor> CursorOver(Statement stmt, const String* shape) {
+    auto cursor = std::make_unique<SqliteCursor>(db_, watchdog_, std::move(stmt), utf8_);
+    cursor->Describe(ColumnsOf(cursor->get(), shape));
+    return cursor;
+  }
+
+  // The columns of a statement, described once per shape for as long as the
+  // statement kept for it is the one described and has not compiled itself
+  // again since.
+  SharedColumns ColumnsOf(sqlite3_stmt* stmt, const String* shape) {
+    const int compiled_again = sqlite3_stmt_status(stmt, SQLITE_STMTSTATUS_REPREPARE, 0);
+    if (shape) {
+      const auto found = described_.find(*shape);
+      if (found != described_.end() && found->second.stmt == stmt &&
+          found->second.compiled_again == compiled_again) {
+        return found->second.columns;
+      }
+    }
+    std::vector<ColumnInfo> columns;
+    const int count = sqlite3_column_count(stmt);
+    columns.reserve(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+      columns.push_back(describer_.Describe(stmt, i));
+    auto shared = std::make_shared<const std::vector<ColumnInfo>>(std::move(columns));
+    if (shape) {
+      if (described_.size() >= 2 * kCachedStatements) described_.clear();
+      described_.insert_or_assign(*shape, Described{stmt, compiled_again, shared});
+    }
+    return shared;
+  }
+
   // The compiled statement of `shape` with its values bound, or null when
   // the shape does not compile to one statement that reads: the text then
   // runs as it is and fails as it would have.
@@ -235,6 +266,7 @@ class SqliteConnection final : public Connection {
           sqlite3_prepare16_v3(db_, shape.text.data(), static_cast<int>(shape.text.size() * 2),
                                SQLITE_PREPARE_PERSISTENT, &raw, &tail);
       stmt = cache_->Adopt(shape.text, raw);
+      described_.erase(shape.text);
       const bool whole = tail == shape.text.data() + shape.text.size();
       if (rc != SQLITE_OK || !raw || !whole || !sqlite3_stmt_readonly(raw) ||
           sqlite3_bind_parameter_count(raw) != static_cast<int>(shape.values.size())) {
@@ -276,10 +308,17 @@ class SqliteConnection final : public Connection {
   std::shared_ptr<Watchdog> watchdog_;
   std::unordered_map<std::string, std::shared_ptr<const TableShape>> shapes_;
   std::shared_ptr<StatementCache> cache_;  // null when statements are compiled each time
-  Statement begin_, commit_;               // the shared read's own BEGIN and COMMIT
-  bool own_transaction_ = false;           // set while the connection begins or ends its own
-  int reads_ = 0;                          // BeginReads not yet ended
-  bool in_reads_ = false;                  // the outermost BeginReads began a transaction
+  // The columns of the statements kept, per shape.
+  struct Described {
+    const sqlite3_stmt* stmt;
+    int compiled_again;
+    SharedColumns columns;
+  };
+  std::unordered_map<String, Described> described_;
+  Statement begin_, commit_;      // the shared read's own BEGIN and COMMIT
+  bool own_transaction_ = false;  // set while the connection begins or ends its own
+  int reads_ = 0;                 // BeginReads not yet ended
+  bool in_reads_ = false;         // the outermost BeginReads began a transaction
 };
 
 // Whether the database keeps its texts in UTF-8.
