@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <iostream>
 #include <random>
 
@@ -93,12 +92,6 @@ std::string Read(db::Connection& connection, StringView sql) {
   return read;
 }
 
-// Whether the whole suite runs with every text compiled where it is run.
-bool SuiteSwitchedOff() {
-  const char* cache = std::getenv("KAVRIN_TEST_STATEMENT_CACHE");
-  return cache && cache == std::string("off");
-}
-
 String SwitchedOff() {
   return testing::OnPostgres() ? u";KavrinStatementCache=0" : u"?statement_cache=off";
 }
@@ -109,7 +102,7 @@ String SwitchedOff() {
 // A statement kept from before a table changed answers with the table as it
 // is now.
 TEST(StatementCache, BoundValuesAnswerAsTheirLiteralsAndSchemaChangesAreSeen) {
-  if (SuiteSwitchedOff()) GTEST_SKIP() << "compares both ways itself";
+  if (testing::CompilesEveryText()) GTEST_SKIP() << "compares both ways itself";
   testing::SuiteDb suite(/*demo=*/true);
   const auto kept = db::Open(suite.ConnectionString());
   const auto compiled = db::Open(suite.ConnectionString() + SwitchedOff());
@@ -163,7 +156,7 @@ TEST(StatementCache, BoundValuesAnswerAsTheirLiteralsAndSchemaChangesAreSeen) {
 }
 
 TEST(StatementCache, RandomCallsAnswerAlikeWithCompiledStatementsKeptOrNot) {
-  if (SuiteSwitchedOff()) GTEST_SKIP() << "compares both ways itself";
+  if (testing::CompilesEveryText()) GTEST_SKIP() << "compares both ways itself";
   testing::SuiteDb suite(/*demo=*/true);
   testing::ScopedUiHost ui;
   const String off = SwitchedOff();

@@ -53,6 +53,11 @@ bool OnPostgres() {
   return ServerStateFile() != nullptr;
 }
 
+bool CompilesEveryText() {
+  const char* cache = std::getenv("KAVRIN_TEST_STATEMENT_CACHE");
+  return cache && cache == std::string("off");
+}
+
 String ServerConnectionString(const std::string& database) {
   if (kServerState.empty())
     throw std::runtime_error("no PostgreSQL server state (did tests/postgres/server.sh fail?)");
@@ -84,15 +89,13 @@ SuiteDb::SuiteDb(Contents contents) {
     Administer("CREATE DATABASE " + server_database_ + " TEMPLATE " +
                templates[static_cast<int>(contents)] + " STRATEGY FILE_COPY");
     connection_string_ = ServerConnectionString(server_database_);
+    if (CompilesEveryText()) connection_string_ += u";KavrinStatementCache=0";
     return;
   }
   dir_ = std::make_unique<TempDir>();
   path_ = dir_->path() + "/suite.db";
   connection_string_ = FromUtf8("sqlite:" + path_);
-  // The suite's second SQLite run compiles every text where it is run.
-  if (const char* cache = std::getenv("KAVRIN_TEST_STATEMENT_CACHE");
-      cache && cache == std::string("off"))
-    connection_string_ += u"?statement_cache=off";
+  if (CompilesEveryText()) connection_string_ += u"?statement_cache=off";
   if (contents != Contents::kNothing) {
     CreateSuiteDatabase(connection_string_, contents == Contents::kDemo);
   }

@@ -21,6 +21,9 @@ namespace kavrin::testing {
 
 // True when the suite runs against the PostgreSQL server.
 bool OnPostgres();
+// True when the suite's connections compile every text where it is run
+// (KAVRIN_TEST_STATEMENT_CACHE=off), instead of keeping statements per shape.
+bool CompilesEveryText();
 // The source of the errors the engine under test raises.
 inline StringView EngineSource() {
   return OnPostgres() ? sources::kOdbc : sources::kSqlite;
