@@ -1,10 +1,12 @@
 # Writes the schema scripts into a C++ source as UTF-8 string literals.
 file(READ ${SUITE} suite_sql)
 file(READ ${POSTGRES} postgres_sql)
+file(READ ${INDEXES} indexes_sql)
 file(READ ${DEMO} demo_sql)
-file(WRITE ${OUT} "// Generated from schema/suite.sql, schema/postgres.sql and schema/demo.sql; do not edit.\n")
+file(WRITE ${OUT} "// Generated from schema/suite.sql, schema/postgres.sql, schema/indexes.sql and schema/demo.sql; do not edit.\n")
 file(APPEND ${OUT} "#include <string_view>\nnamespace kavrin::schema {\n")
 file(APPEND ${OUT} "extern const std::string_view kSuiteSql = R\"kavrin_sql(${suite_sql})kavrin_sql\";\n")
 file(APPEND ${OUT} "extern const std::string_view kPostgresSql = R\"kavrin_sql(${postgres_sql})kavrin_sql\";\n")
+file(APPEND ${OUT} "extern const std::string_view kIndexesSql = R\"kavrin_sql(${indexes_sql})kavrin_sql\";\n")
 file(APPEND ${OUT} "extern const std::string_view kDemoSql = R\"kavrin_sql(${demo_sql})kavrin_sql\";\n")
 file(APPEND ${OUT} "}  // namespace kavrin::schema\n")

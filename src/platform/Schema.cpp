@@ -9,15 +9,17 @@ namespace kavrin {
 namespace schema {
 extern const std::string_view kSuiteSql;
 extern const std::string_view kPostgresSql;
+extern const std::string_view kIndexesSql;
 extern const std::string_view kDemoSql;
 }  // namespace schema
 
 void CreateSuiteDatabase(StringView connection_string, bool with_demo_data) {
   auto connection = db::OpenForSetup(connection_string);
-  // The tables in the server's own terms where it needs them; the demo rows
-  // are plain INSERTs that every engine reads alike.
+  // The tables in the server's own terms where it needs them; their indexes
+  // and the demo rows are plain statements that every engine reads alike.
   const bool postgres = connection->Dbms() == u"PostgreSQL";
   String script = FromUtf8(postgres ? schema::kPostgresSql : schema::kSuiteSql);
+  script += FromUtf8(schema::kIndexesSql);
   if (with_demo_data) script += FromUtf8(schema::kDemoSql);
   connection->ExecuteScript(u"BEGIN TRANSACTION;\n" + script + u"\nCOMMIT;");
 }

@@ -295,14 +295,15 @@ class OdbcConnection final : public Connection {
   }
 
   std::unique_ptr<Cursor> Query(StringView sql) override {
+    // A text with a shape is one SELECT holding nothing to refuse.
+    if (prepares_ && sql.size() <= kLongestPreparedText) {
+      if (auto cursor = QueryPrepared(sql)) return cursor;
+    }
     const auto statements = SplitStatements(sql, quoting_);
     if (statements.empty()) Refuse(u"The command text holds no statement.");
     if (statements.size() > 1) Refuse(u"The command text holds more than one statement.");
     if (!writable_ && !EqualsNoCase(LeadingWord(statements[0], quoting_), u"select")) {
       Refuse(u"Only statements that read are allowed.");
-    }
-    if (prepares_ && sql.size() <= kLongestPreparedText) {
-      if (auto cursor = QueryPrepared(statements[0])) return cursor;
     }
     return QueryDirect(statements[0]);
   }
@@ -362,12 +363,11 @@ class OdbcConnection final : public Connection {
     SQLRETURN rc = values.Bind(stmt);
     if (Succeeded(rc)) rc = SQLExecute(stmt);
     if (!Succeeded(rc)) {
-      try {
-        Fail(SQL_HANDLE_STMT, stmt, u"running a statement");
-      } catch (const Error& e) {
-        // A lost connection or a timeout is not tried again as a text.
-        if (e.number() == errors::kProviderFailure || e.number() == errors::kProviderTimeout) throw;
-      }
+      // A lost connection or a timeout is not tried again as a text.
+      Error failure = Diagnostics(SQL_HANDLE_STMT, stmt, u"running a statement");
+      if (failure.number() == errors::kProviderFailure ||
+          failure.number() == errors::kProviderTimeout)
+        throw failure;
       // The text fails as it would have. A statement kept from before is
       // let go of (the schema it was planned on may have changed); a shape
       // just prepared that fails where its text runs is not tried again.

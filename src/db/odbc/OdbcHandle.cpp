@@ -32,11 +32,8 @@ String TrimEnd(String text) {
 
 }  // namespace
 
-// The driver's diagnostics for the latest call on `handle`, as an Error:
-// each message with its SQLSTATE, the number from the first one. `number`,
-// when given, overrides the number the SQLSTATE would give.
-[[noreturn]] void Fail(SQLSMALLINT type, SQLHANDLE handle, StringView doing,
-                       std::optional<int32_t> number) {
+Error Diagnostics(SQLSMALLINT type, SQLHANDLE handle, StringView doing,
+                  std::optional<int32_t> number) {
   String description;
   String first_state;
   for (SQLSMALLINT record = 1;; ++record) {
@@ -63,7 +60,11 @@ String TrimEnd(String text) {
   const int32_t chosen =
       number ? *number
              : (first_state.empty() ? errors::kProviderFailure : NumberForState(first_state));
-  throw Error(chosen, String(sources::kOdbc), description);
+  return Error(chosen, String(sources::kOdbc), description);
+}
+
+void Fail(SQLSMALLINT type, SQLHANDLE handle, StringView doing, std::optional<int32_t> number) {
+  throw Diagnostics(type, handle, doing, number);
 }
 
 Handle::Handle(SQLSMALLINT type, SQLHANDLE parent) : type_(type) {

@@ -24,6 +24,9 @@ inline SQLWCHAR* Wide(const char16_t* text) {
 // The driver's diagnostics for the latest call on `handle`, as an Error:
 // each message with its SQLSTATE, the number from the first one. `number`,
 // when given, overrides the number the SQLSTATE would give.
+Error Diagnostics(SQLSMALLINT type, SQLHANDLE handle, StringView doing,
+                  std::optional<int32_t> number = std::nullopt);
+// Throws those diagnostics.
 [[noreturn]] void Fail(SQLSMALLINT type, SQLHANDLE handle, StringView doing,
                        std::optional<int32_t> number = std::nullopt);
 
